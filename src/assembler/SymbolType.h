@@ -1,0 +1,67 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "value/ElementaryType.h"
+
+struct SymbolStruct;
+
+/// The type of a variable as tools show it: elementary, a string of a declared length, an array, or a structure. A
+/// value; structures and array elements are shared and never change.
+struct SymbolType {
+    /// One dimension of an array, both ends included.
+    struct Range {
+        std::int32_t lower = 0;
+        std::int32_t upper = 0;
+        friend bool operator==(const Range&, const Range&) = default;
+    };
+    /// Arrays of arrays, and structures in structures, are no deeper than this.
+    static constexpr unsigned int kMaxDepth = 32;
+
+    ElementaryType elementary = ElementaryType::Undefined;  ///< Undefined for arrays and structures
+    std::uint16_t length = 0;                               ///< of STRING and WSTRING: declared units
+    std::vector<Range> dimensions;                          ///< of an array, outermost first
+    std::shared_ptr<const SymbolType> element;              ///< of an array
+    std::shared_ptr<const SymbolStruct> structure;
+
+    [[nodiscard]] static SymbolType MakeElementary(ElementaryType type);
+    /// STRING or WSTRING of `length` units.
+    [[nodiscard]] static SymbolType MakeString(ElementaryType type, std::uint16_t length);
+    [[nodiscard]] static SymbolType MakeArray(std::vector<Range> dimensions, SymbolType element);
+    [[nodiscard]] static SymbolType MakeStruct(std::shared_ptr<const SymbolStruct> structure);
+
+    [[nodiscard]] bool IsArray() const noexcept { return element != nullptr; }
+    [[nodiscard]] bool IsStruct() const noexcept { return structure != nullptr; }
+    [[nodiscard]] bool IsString() const noexcept {
+        return elementary == ElementaryType::String || elementary == ElementaryType::WString;
+    }
+    /// Elements of all dimensions, saturated; 1 for everything that is no array.
+    [[nodiscard]] std::uint64_t GetElementCount() const noexcept;
+    /// Bytes in the machine's memory, packed, saturated at the largest number.
+    [[nodiscard]] std::uint64_t GetSize() const noexcept;
+    /// As structured text has it: "REAL", "STRING[20]", "ARRAY[0..9,1..2] OF TON".
+    [[nodiscard]] std::string GetText() const;
+};
+
+struct SymbolMember {
+    std::string name;
+    std::uint32_t offset = 0;  ///< bytes from the start of the structure
+    SymbolType type;
+};
+
+/// A structure, or the instance data of a function block.
+struct SymbolStruct {
+    std::string name;
+    std::uint32_t size = 0;  ///< bytes, at least the end of the last member
+    std::vector<SymbolMember> members;
+
+    /// Null when there is none. Names are compared without regard to ASCII case.
+    [[nodiscard]] const SymbolMember* FindMember(std::string_view memberName) const noexcept;
+};
+
+/// The instance data of the library's own function blocks by name in any case ("TON", "CTU"); null for another name.
+[[nodiscard]] std::shared_ptr<const SymbolStruct> FindStandardBlockStruct(std::string_view name);
