@@ -120,8 +120,19 @@ class TN61131_API CValueLiteral : public CValueType {
     bool GetRawData(unsigned char* buffer, std::size_t bufferSize) const noexcept;
     /// Reads a value of a type. Fixed-size types take their size; strings take the count that stands in front, cut to
     /// what `size` bytes hold, count included. The caller owns that many bytes. False, and undefined, for types without
-    /// a raw form and a string in fewer than 2 bytes.
-    bool SetFromDataBytes(ElementaryType type, const unsigned char* data, unsigned int size);
+    /// a raw form and a string in fewer than 2 bytes. A BOOL is TRUE for every byte other than 0.
+    bool SetFromDataBytes(ElementaryType type, const unsigned char* data, unsigned int size) {
+        ClearValue();
+        switch (GetTypeInfo(type).size) {
+            case 1: payload_[0] = type == ElementaryType::Bool ? data[0] != 0 : data[0]; break;
+            case 2: std::memcpy(payload_, data, 2); break;
+            case 4: std::memcpy(payload_, data, 4); break;
+            case 8: std::memcpy(payload_, data, 8); break;
+            default: return SetFromUnevenBytes(type, data, size);
+        }
+        type_ = type;
+        return true;
+    }
 
     // --- persisted form; `version` is that of the enclosing stream ---
 
@@ -162,6 +173,8 @@ class TN61131_API CValueLiteral : public CValueType {
 
  private:
     void CopyOwned(const CValueLiteral& other);
+    /// SetFromDataBytes() for the types that are no 1, 2, 4 or 8 bytes wide.
+    bool SetFromUnevenBytes(ElementaryType type, const unsigned char* data, unsigned int size);
 
     alignas(8) unsigned char payload_[8];
 };
