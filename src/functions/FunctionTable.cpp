@@ -1,5 +1,25 @@
 #include "functions/FunctionTable.h"
 
+#include "functions/ArithmeticFunctions.h"
+#include "functions/BitstringFunctions.h"
+#include "functions/BitwiseFunctions.h"
+#include "functions/ComparisonFunctions.h"
+#include "functions/NumericFunctions.h"
+#include "functions/SelectionFunctions.h"
+
+namespace {
+
+/// The one object of a group. It has no state, so all registries share it.
+template <typename Group>
+constinit Group groupObject{};
+
+template <typename Group>
+FunctionGroup DescribeGroup() noexcept {
+    return {Group::kGroupNumber, Group::kGroupWord, Group::GetTable(), &groupObject<Group>};
+}
+
+}  // namespace
+
 bool CheckArgumentCount(CErrorLog& log, const ErrorLocation& location, const FunctionRow& row,
                         unsigned char argumentCount) {
     const bool tooMany = row.surplus == SurplusArguments::Refused && argumentCount > row.maxCount;
@@ -14,9 +34,17 @@ CallStatus CallFunction(const FunctionRow& row, CErrorLog& log, CBuiltInFunction
     return row.body(log, context, argumentCount, arguments, result);
 }
 
-// Add a group of functions here: its object and its row. The registry of every context starts with these.
 std::span<const FunctionGroup> GetFunctionGroups() noexcept {
-    return {};
+    // A further group is one line here: every registry starts with these.
+    static const FunctionGroup groups[] = {
+        DescribeGroup<CVMFuncNumeric>(),         //
+        DescribeGroup<CVMFuncArithmetic>(),      //
+        DescribeGroup<CVMFuncBitstring>(),       //
+        DescribeGroup<CVMFuncBitwiseBoolean>(),  //
+        DescribeGroup<CVMFuncSelection>(),       //
+        DescribeGroup<CVMFuncComparison>(),
+    };
+    return groups;
 }
 
 std::span<const BlockGroup> GetBlockGroups() noexcept {
