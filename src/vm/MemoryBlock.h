@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstring>
 #include <memory>
 
@@ -18,6 +19,8 @@ class TN61131_API CMemoryBlock final : public CVMMemoryInterface {
     static constexpr unsigned char kGuard[kGuardSize] = {0xEF, 0xBE, 0x0D, 0x60};
     /// The most that an access may reach beyond the size it was checked with: a pointer or a 64-bit number.
     static constexpr unsigned int kSlackSize = 16;
+    /// The largest buffer that EmptyForReuse() keeps, so that a deep recursion leaves little behind.
+    static constexpr std::size_t kMaxKeptBuffer = 1024;
 
     CMemoryBlock() noexcept = default;
     /// Copies the sizes and the whole allocation, guard bytes included.
@@ -40,6 +43,9 @@ class TN61131_API CMemoryBlock final : public CVMMemoryInterface {
     /// Zeroed data of a new size; the same size keeps the content.
     void AllocateNewData(unsigned int size);
     void FreeMemoryBlock() noexcept;
+    /// Becomes empty like FreeMemoryBlock(), but keeps a small buffer for the next data: for blocks whose data comes
+    /// and goes with every call.
+    void EmptyForReuse() noexcept;
     void SetGuardBytes() noexcept;
     /// True for an empty block.
     [[nodiscard]] bool CheckGuardBytes() const noexcept {
@@ -64,10 +70,23 @@ class TN61131_API CMemoryBlock final : public CVMMemoryInterface {
     [[nodiscard]] unsigned char* GetVMData() const noexcept override { return data_.get(); }
     bool CopyDataFrom(unsigned int offset, const CMemoryRef& source, unsigned int size) const override;
 
+    /// The address of `size` bytes at `offset` when they lie inside the allocation, guard and slack included; null
+    /// otherwise. The last line of defence of the unchecked accessors.
+    [[nodiscard]] unsigned char* GetAllocatedBytes(unsigned int offset, unsigned int size) const noexcept {
+        const std::size_t allocation = std::size_t{allocatedSize_} + kSlackSize;
+        if (allocatedSize_ == 0 || size > allocation || offset > allocation - size) return nullptr;
+        return data_.get() + offset;
+    }
+
  private:
+    static constexpr std::size_t kOverhead = kGuardSize + kSlackSize;
+
+    /// A buffer for `size` usable bytes, whose content is undefined, with guard and zeroed slack.
     void Allocate(unsigned int size);
 
-    std::unique_ptr<unsigned char[]> data_;
+    std::unique_ptr<unsigned char[]> data_;  ///< null for an empty block
+    std::unique_ptr<unsigned char[]> kept_;  ///< an emptied buffer; null unless data_ is
+    std::size_t capacity_ = 0;               ///< bytes of the buffer, whichever holds it
     unsigned int dataSize_ = 0;
     unsigned int allocatedSize_ = 0;
 };

@@ -57,7 +57,7 @@ class TN61131_API CVirtualMachine {
     [[nodiscard]] bool FindStandaloneCodeBlock(unsigned int id, unsigned int& codeOffset) const;
 
     /// The code, followed by kCodePadding zero bytes. Never null.
-    [[nodiscard]] const unsigned char* GetOpCodes() const noexcept { return code_.get(); }
+    [[nodiscard]] const unsigned char* GetOpCodes() const noexcept { return code_ != nullptr ? code_.get() : kNoCode; }
     [[nodiscard]] unsigned int GetOpCodesLength() const noexcept { return codeLength_; }
     [[nodiscard]] CMemoryBlock& GetGlobalConstantData() noexcept { return constants_; }
     [[nodiscard]] const CMemoryBlock& GetGlobalConstantData() const noexcept { return constants_; }
@@ -70,6 +70,8 @@ class TN61131_API CVirtualMachine {
     [[nodiscard]] std::uint16_t GetVersion() const noexcept { return version_; }
 
  private:
+    static constexpr unsigned char kNoCode[kCodePadding] = {};
+
     std::unique_ptr<unsigned char[]> code_;
     unsigned int codeLength_ = 0;
     std::uint16_t version_ = 0;

@@ -1,0 +1,3 @@
+#include "vm/MemoryInterface.h"
+
+CVMMemoryInterface::~CVMMemoryInterface() = default;
