@@ -173,6 +173,9 @@ class TN61131_API CValueLiteral : public CValueType {
 
  private:
     void CopyOwned(const CValueLiteral& other);
+    /// StringToString() and StringToWString(): `Text` says how the two differ.
+    template <typename Text>
+    bool ParseCharacters(CErrorLog& log, const ErrorLocation& location, const char* text);
     /// SetFromDataBytes() for the types that are no 1, 2, 4 or 8 bytes wide.
     bool SetFromUnevenBytes(ElementaryType type, const unsigned char* data, unsigned int size);
 

@@ -1,0 +1,42 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+// Steps that the literal parsers share. All of them are total over arbitrary bytes and independent of the host's
+// locale.
+
+/// A null text counts as empty.
+[[nodiscard]] constexpr bool IsEmpty(const char* text) noexcept {
+    return text == nullptr || *text == '\0';
+}
+[[nodiscard]] constexpr bool IsAsciiDigit(char c) noexcept {
+    return c >= '0' && c <= '9';
+}
+[[nodiscard]] constexpr bool IsAsciiLetter(char c) noexcept {
+    return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z');
+}
+/// The value of a hexadecimal digit; -1 for any other character.
+[[nodiscard]] constexpr int HexDigitValue(char c) noexcept {
+    if (IsAsciiDigit(c)) return c - '0';
+    if (c >= 'a' && c <= 'f') return c - 'a' + 10;
+    if (c >= 'A' && c <= 'F') return c - 'A' + 10;
+    return -1;
+}
+/// Equality without regard to the case of ASCII letters.
+[[nodiscard]] bool EqualsIgnoringCase(std::string_view left, std::string_view right) noexcept;
+
+/// The longest floating-point number at the start of `text` as C's strtod() takes it in the "C" locale: white space, a
+/// sign, decimal or hexadecimal digits with "." and exponent, "inf", "infinity", "nan", "nan(...)". `text` moves behind
+/// it; 0 and unmoved when there is none. Beyond the range it is an infinity or zero.
+[[nodiscard]] double ReadDouble(const char*& text) noexcept;
+
+/// The decimal number at the start of `text` as a 32-bit strtoul() takes it: white space and a sign may stand in front,
+/// a "-" negates modulo 2^32, numbers beyond 32 bits give 4294967295 whatever their sign. `text` moves behind it; 0 and
+/// unmoved when there is none.
+[[nodiscard]] std::uint32_t ReadUnsigned32(const char*& text) noexcept;
+
+/// Toward zero, saturating at the limits of the type; NaN gives 0.
+[[nodiscard]] std::int64_t SaturateToInt64(double value) noexcept;
+[[nodiscard]] std::uint32_t SaturateToUInt32(double value) noexcept;
