@@ -58,7 +58,8 @@ using FormatArgs = std::span<const FormatArg>;
 /// 16 (8) bits, signed or unsigned as the conversion says; without a length d, u, x reduce to 32 bits; `l`, `ll` and
 /// `z` take all 64. `lc` takes a code point. A placeholder without an argument prints nothing, an argument of another
 /// kind prints in the natural form of its own kind, and an unknown placeholder prints as it stands: no text and no
-/// argument can cause undefined behaviour.
+/// argument can cause undefined behaviour. Widths and precisions beyond 4095 count as 4095; the precision of a text is
+/// in bytes and never cuts a UTF-8 character. The locale of the C library does not matter.
 TN61131_API void AppendFormatted(std::string& out, std::string_view format, FormatArgs args);
 
 /// The formatted text by value.
