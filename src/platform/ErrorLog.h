@@ -72,9 +72,8 @@ class TN61131_API COutputLogString final : public COutputLog {
 };
 
 /// The errors and warnings of one operation or one run. Belongs to its caller and is used by one thread at a time.
-/// Keeps its entries for the host to read and writes each to the output log, if there is one, as `LOCATION: error ID:
-/// TEXT`
-/// (`warning` for warnings; without `LOCATION: ` where the location prints nothing).
+/// Keeps its entries for the host to read and writes each to the output log, if there is one, as
+/// `LOCATION: error ID: TEXT` (`warning` for warnings; without `LOCATION: ` where the location prints nothing).
 class TN61131_API CErrorLog {
  public:
     enum class Severity : std::uint8_t { Error, Warning };
@@ -125,6 +124,7 @@ class TN61131_API CErrorLog {
              std::initializer_list<FormatArg> args);
 
     COutputLog* output_;
+    COutputLogNull dropped_;  // of its own, because even a log that drops its lines counts
     unsigned int errorCount_ = 0;
     unsigned int warningCount_ = 0;
     std::vector<Entry> entries_;

@@ -1,6 +1,8 @@
 #pragma once
 
+#include <cstddef>
 #include <string>
+#include <string_view>
 
 #include "platform/Export.h"
 #include "platform/StringObject.h"
@@ -19,6 +21,13 @@ TN61131_API unsigned int tn_encode_utf8(char32_t codePoint, unsigned char* out) 
 TN61131_API unsigned int tn_encode_utf16(char32_t codePoint, unsigned short* out) noexcept;
 /// tn_decode_utf8() for internal text.
 TN61131_API unsigned int tn_codepoint_from_tnchar(const char* text, unsigned int count, char32_t& codePoint) noexcept;
+
+/// The largest length up to `limit` at which `text` can be cut without splitting a valid UTF-8 character; the whole
+/// length when that is not above `limit`.
+[[nodiscard]] TN61131_API std::size_t CutUtf8(std::string_view text, std::size_t limit) noexcept;
+/// The number of UTF-16 units (UTF-8 bytes) that a text takes in the other encoding.
+[[nodiscard]] TN61131_API std::size_t CountUtf16Units(const unsigned char* data, std::size_t count) noexcept;
+[[nodiscard]] TN61131_API std::size_t CountUtf8Bytes(const unsigned short* units, std::size_t count) noexcept;
 
 /// The number of code points, each invalid part counted as one.
 [[nodiscard]] TN61131_API unsigned int tn_strlen_of_utf8(const unsigned char* data, unsigned int count) noexcept;
