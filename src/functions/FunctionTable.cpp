@@ -6,6 +6,8 @@
 #include "functions/ComparisonFunctions.h"
 #include "functions/NumericFunctions.h"
 #include "functions/SelectionFunctions.h"
+#include "functions/StandardFunctionBlocks.h"
+#include "functions/StringFunctions.h"
 
 namespace {
 
@@ -34,19 +36,26 @@ CallStatus CallFunction(const FunctionRow& row, CErrorLog& log, CBuiltInFunction
     return row.body(log, context, argumentCount, arguments, result);
 }
 
+// clang-format off
 std::span<const FunctionGroup> GetFunctionGroups() noexcept {
     // A further group is one line here: every registry starts with these.
     static const FunctionGroup groups[] = {
-        DescribeGroup<CVMFuncNumeric>(),         //
-        DescribeGroup<CVMFuncArithmetic>(),      //
-        DescribeGroup<CVMFuncBitstring>(),       //
-        DescribeGroup<CVMFuncBitwiseBoolean>(),  //
-        DescribeGroup<CVMFuncSelection>(),       //
+        DescribeGroup<CVMFuncNumeric>(),
+        DescribeGroup<CVMFuncArithmetic>(),
+        DescribeGroup<CVMFuncBitstring>(),
+        DescribeGroup<CVMFuncBitwiseBoolean>(),
+        DescribeGroup<CVMFuncSelection>(),
         DescribeGroup<CVMFuncComparison>(),
+        DescribeGroup<CVMFuncString>(),
     };
     return groups;
 }
+// clang-format on
 
 std::span<const BlockGroup> GetBlockGroups() noexcept {
-    return {};
+    static const BlockGroup groups[] = {
+        {CVMFunctionBlockStandard::kGroupNumber, CVMFunctionBlockStandard::GetTable(),
+         &groupObject<CVMFunctionBlockStandard>},
+    };
+    return groups;
 }

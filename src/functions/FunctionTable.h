@@ -97,9 +97,10 @@ struct BlockField {
     BlockFieldRole role;
 };
 
-/// Inputs and outputs lie in `inputs`, one for each field of these roles.
-using BlockBody = bool (*)(CVirtualMachineExec& exec, CBuiltInFunctionContext& context, const CMemoryRef& instance,
-                           CValue* inputs, CErrorLog& log);
+struct BlockCall;
+
+/// Runs a block with all its inputs and outputs. False after one message.
+using BlockBody = bool (*)(BlockCall& call);
 
 struct BlockRow {
     unsigned char id;  ///< index + 1
