@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "platform/Export.h"
@@ -24,7 +25,14 @@ class TN61131_API CDisassembler {
     [[nodiscard]] unsigned int GetAddress() const noexcept { return address_; }
 
  private:
-    // The implementation adds its decoding steps here.
+    int Disassemble();
+    /// Appends the instruction's text; false, with the error text set, when it has none.
+    [[nodiscard]] bool FormatInstruction(std::string& text);
+    [[nodiscard]] bool FormatFunction(const char* name, const char* errorFormat, std::string& text);
+    void PrintAddressAndData();
+    template <typename... Args>
+    void ReportDisassemblerError(std::string_view format, const Args&... args);
+
     const CBuiltInFunctions& functions_;
     CTextOutput* output_;
     unsigned int address_;

@@ -2,7 +2,11 @@
 
 #include <array>
 #include <cstdint>
+#include <cstring>
+#include <span>
 #include <string_view>
+
+#include "platform/Export.h"
 
 /// The instructions by their code. An instruction is the code followed by its operands, packed, little-endian.
 enum class Opcode : std::uint8_t {
@@ -151,3 +155,15 @@ inline constexpr std::array<std::uint8_t, 256> kFixedLengths = [] {
 [[nodiscard]] constexpr bool IsOpcode(unsigned int code) noexcept {
     return code > 0 && code < kOpcodeTable.size();
 }
+
+/// Reads an operand from the code; the caller has checked that it is there.
+template <typename T>
+[[nodiscard]] T ReadOperand(const unsigned char* bytes) noexcept {
+    T value;
+    std::memcpy(&value, bytes, sizeof(T));
+    return value;
+}
+
+/// Bytes of the instruction that `bytes` begin, as far as they tell: an answer beyond their number is what the next
+/// step of decoding needs, so ask again with that many. At least 1; a code that is no instruction is one byte long.
+[[nodiscard]] TN61131_API std::uint64_t InstructionLength(std::span<const unsigned char> bytes) noexcept;

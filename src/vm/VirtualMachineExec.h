@@ -119,7 +119,45 @@ class TN61131_API CVirtualMachineExec : public CVirtualMachineGlobalMem {
         CMemoryBlock tempData;
         CMemoryRef localData;
     };
-    // The implementation adds its private members here.
+    /// The bytes of the image's code.
+    struct Code {
+        const unsigned char* begin;
+        const unsigned char* end;
+    };
+
+    [[nodiscard]] Code GetCode() const noexcept;
+    [[nodiscard]] unsigned int ClampToCode(unsigned int codeOffset) const noexcept;
+    [[nodiscard]] Frame& RunningFrame() noexcept { return *running_; }
+    void EnterDepth(unsigned int depth);
+    void FreeTempData(Frame& frame) noexcept;
+    /// Where a pointer to a frame's data leads; unset when it leads nowhere. The frame must exist.
+    [[nodiscard]] CMemoryRef LocateInFrame(const PointerValue& pointer) const noexcept;
+    [[nodiscard]] bool WriteViaPointer(CErrorLog& log, const CValue& pointer, unsigned int checkedSize,
+                                       unsigned int writtenSize, const CValue& value);
+    RunResult EndRun(CErrorLog& log, InstructionResult result);
+
+    // --- the instructions: operands decoded, `pc` already behind them ---
+
+    InstructionResult Dispatch(CErrorLog& log, const Code& code, const unsigned char*& pc);
+    InstructionResult ExecLoadImmediate(CErrorLog& log, const Code& code, const unsigned char*& pc);
+    InstructionResult ExecPointerLoad(CErrorLog& log, ElementaryType type, unsigned int size);
+    InstructionResult ExecPointerStore(CErrorLog& log, ElementaryType type, unsigned int size);
+    InstructionResult ExecPointerStoreEdge(CErrorLog& log, bool rising);
+    InstructionResult ExecPointerLoadArray(CErrorLog& log, ElementaryType type, unsigned int count);
+    InstructionResult ExecLoadStack(CErrorLog& log, unsigned char index);
+    InstructionResult ExecStoreStack(CErrorLog& log, unsigned char index);
+    InstructionResult ExecLoadVMstatus(unsigned char code);
+    InstructionResult ExecPush(CErrorLog& log);
+    InstructionResult ExecPop(CErrorLog& log);
+    InstructionResult ExecReturn(const Code& code, const unsigned char*& pc);
+    InstructionResult ExecBinary(CErrorLog& log, unsigned char operation);
+    InstructionResult ExecJMP(CErrorLog& log, const Code& code, const unsigned char*& pc, int offset);
+    InstructionResult ExecCallBuiltInFunc(CErrorLog& log, const unsigned char* operands, bool eno);
+    InstructionResult ExecCallUserFunc(CErrorLog& log, const Code& code, const unsigned char*& pc);
+    InstructionResult ExecInitTempData(CErrorLog& log, const Code& code, const unsigned char*& pc);
+    InstructionResult ExecCallBuiltInFunctionBlock(CErrorLog& log, const unsigned char* operands);
+    InstructionResult ExecuteSFC(CErrorLog& log, unsigned char type, unsigned int size);
+
     const CClientAccessContext& access_;
     std::string hostTagName_;
     CVirtualMachine* image_;
@@ -130,13 +168,15 @@ class TN61131_API CVirtualMachineExec : public CVirtualMachineGlobalMem {
     std::uint32_t callerWord_ = 0;
     unsigned int programStart_ = 0;
     unsigned int currentInstruction_ = 0;  ///< code offset
-    unsigned int pc_ = 0;                  ///< code offset
+    unsigned int pc_ = 0;                  ///< code offset, current only between instructions
     std::vector<CValue> stack_;            ///< never empty
-    std::deque<Frame> frames_;  ///< frames_[depth_] is the running function's; deeper ones are kept for reuse
+    std::deque<Frame> frames_;             ///< by depth; those deeper than the running one are kept for reuse
+    Frame* running_;                       ///< frames_[depth_]
     unsigned int depth_ = 0;
+    std::uint64_t liveTempData_ = 0;  ///< bytes of temporary data of all active frames
     CMemoryRef pointerScratchA_;
     CMemoryRef pointerScratchB_;
-    std::uint32_t lastFunctionResult_ = 0;
+    InstructionResult lastFunctionResult_ = InstructionResult::Continue;
     std::uint32_t instructionCount_ = 0;
     unsigned int finishOffset_ = 0;
     CValue resultValue_;
