@@ -1,9 +1,9 @@
 #pragma once
 
+#include <cstddef>
 #include <optional>
 #include <string>
 #include <string_view>
-#include <vector>
 
 #include "platform/Export.h"
 
@@ -25,6 +25,9 @@ class TN61131_API CTextInput {
  protected:
     /// The next code point of the source, or nothing at its end.
     virtual std::optional<char32_t> Decode() = 0;
+    /// Takes the characters that the source can deliver at once, up to a line end at most, and appends them to `line`.
+    /// A short cut only: taking none is right as well, and what the base does.
+    virtual void AppendPlainRun(std::string& line);
 
  private:
     std::optional<char32_t> pending_;
@@ -39,6 +42,7 @@ class TN61131_API CTextInputUtf8 : public CTextInput {
 
  protected:
     std::optional<char32_t> Decode() override;
+    void AppendPlainRun(std::string& line) override;
 
  private:
     const unsigned char* data_;
