@@ -19,7 +19,7 @@ struct TN61131_API CBuildIdentity {
     std::int64_t buildTime = 0;  ///< 100 ns ticks since 1970-01-01 UTC
     std::string sourceRevision;
 
-    /// False for another record format or a stream that ends inside the record.
+    /// False, and nothing stored, for another record format or a stream that ends inside the record.
     [[nodiscard]] bool LoadContent(CBinaryInput& input);
     void SaveContent(CBinaryOutput& output) const;
 

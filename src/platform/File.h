@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <string>
+#include <utility>
 
 #include "platform/Export.h"
 
@@ -23,7 +24,8 @@ class TN61131_API TNFileUnix {
     TNFileUnix& operator=(const TNFileUnix&) = delete;
     ~TNFileUnix();
 
-    /// False when the file cannot be opened, is no plain file or is too large.
+    /// Opens another file, whatever was open before. False when it cannot be opened, is no plain file or is too large;
+    /// then no file is open.
     [[nodiscard]] bool OpenFileForRead(const CTNFilePath& path);
     /// Size in bytes when the file was opened.
     [[nodiscard]] std::uint32_t GetFileSize() const noexcept { return size_; }
@@ -31,6 +33,8 @@ class TN61131_API TNFileUnix {
     [[nodiscard]] bool ReadBytes(void* data, std::uint32_t size);
 
  private:
+    void Close() noexcept;
+
     int descriptor_ = -1;
     std::uint32_t size_ = 0;
 };
