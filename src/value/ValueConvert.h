@@ -58,4 +58,17 @@ class TN61131_API CValueConvert : public CValueLiteral {
     /// To the text that a user interface shows: dates and times by the settings, a STRING stays a STRING, everything
     /// else becomes a WSTRING. Null settings stand for the defaults.
     bool ChangeTypeToDisplayWString(const CDataFormatSettings* settings, CErrorLog& log, const ErrorLocation& location);
+
+ private:
+    /// Message 214 for this value's type and the target.
+    bool RefuseConversion(CErrorLog& log, const ErrorLocation& location, ElementaryType target) const;
+    /// The text of a STRING or WSTRING read as a literal of the target; anything else is refused.
+    bool ConvertFromText(CErrorLog& log, const ErrorLocation& location, ElementaryType target);
+    /// To an integer, a bit string or a character.
+    bool ConvertToInteger(CErrorLog& log, const ErrorLocation& location, ElementaryType target);
+    /// To REAL or LREAL.
+    template <typename T>
+    bool ConvertToFloat(CErrorLog& log, const ErrorLocation& location, ElementaryType target);
+    /// The parser of a target whose text is a literal.
+    bool ParseLiteral(CErrorLog& log, const ErrorLocation& location, const char* text, ElementaryType target);
 };
