@@ -4,7 +4,9 @@
 #include "platform/Transcode.h"
 #include "value/CompositeValue.h"
 #include "value/PayloadTypes.h"
+#include "value/StringOrder.h"
 
+using tn61131::CompareStrings;
 using tn61131::PayloadTag;
 using tn61131::WithScalar;
 
@@ -20,16 +22,6 @@ void DecodeAll(std::span<const Unit> units, Decode decode, std::string& out) {
         tn_append_codepoint_to_tnstring(out, codePoint);
         units = units.subspan(taken);
     }
-}
-
-int CompareStrings(const Utf8String* left, const Utf8String* right) noexcept {
-    if (left != nullptr && right != nullptr) return Utf8StringCompare(left, right);
-    return static_cast<int>(!GetUnits(left).empty()) - static_cast<int>(!GetUnits(right).empty());
-}
-
-int CompareStrings(const Utf16String* left, const Utf16String* right) noexcept {
-    if (left != nullptr && right != nullptr) return Utf16StringCompare(left, right);
-    return static_cast<int>(!GetUnits(left).empty()) - static_cast<int>(!GetUnits(right).empty());
 }
 
 }  // namespace
