@@ -10,7 +10,8 @@
 
 class CTextOutput;
 
-/// A BCP 47 language tag, "en-US" by default.
+/// A BCP 47 language tag, "en-US" by default. Any text may be given; where its locale is needed, an unknown one counts
+/// as en-US.
 class TN61131_API CTNLocale {
  public:
     CTNLocale();
@@ -25,7 +26,8 @@ class TN61131_API CTNLocale {
 };
 
 /// A date and time pattern of Unicode Technical Standard 35 (CLDR), parsed once. Formatting keeps the formatter of the
-/// locale and time zone it was last used with; an object is used by one thread at a time.
+/// locale and time zone it was last used with; an object is used by one thread at a time. Dates are Gregorian in every
+/// locale, unless its tag names a calendar ("th-TH-u-ca-buddhist"). Without a pattern nothing is written.
 class TN61131_API DateTimeFormat {
  public:
     DateTimeFormat();
@@ -35,7 +37,8 @@ class TN61131_API DateTimeFormat {
     DateTimeFormat& operator=(DateTimeFormat&&) noexcept;
     ~DateTimeFormat();
 
-    /// Takes a pattern in UTF-8. False, and the old pattern kept, when it is none (an unknown letter, an open quote).
+    /// Takes a pattern in UTF-8. False, and the old pattern kept, when it is none: an empty text, an ASCII letter that
+    /// is no field or stands more often than its field allows, an open quote.
     [[nodiscard]] bool ParseDateTimeFormat(std::string_view pattern);
     [[nodiscard]] const std::string& GetPattern() const noexcept { return pattern_; }
     /// Writes a timestamp, in the zone's local time where a zone is given, in UTC where it is null.
@@ -49,7 +52,8 @@ class TN61131_API DateTimeFormat {
 };
 
 /// A number pattern of Unicode Technical Standard 35, parsed once; symbols come from the locale. Used by one thread at
-/// a time.
+/// a time. What does not fit the digits is rounded by the shortest decimal digits of the number, halves to even.
+/// Without a pattern nothing is written.
 class TN61131_API DecimalFormat {
  public:
     DecimalFormat();
@@ -59,7 +63,7 @@ class TN61131_API DecimalFormat {
     DecimalFormat& operator=(DecimalFormat&&) noexcept;
     ~DecimalFormat();
 
-    /// Takes a pattern in UTF-8. False, and the old pattern kept, when it is none.
+    /// Takes a pattern in UTF-8. False, and the old pattern kept, when it is none or has no digit.
     [[nodiscard]] bool ParseDecimalFormat(std::string_view pattern);
     [[nodiscard]] const std::string& GetPattern() const noexcept { return pattern_; }
     void FormatDouble(const CTNLocale& locale, double value, CTextOutput& output) const;
@@ -68,12 +72,15 @@ class TN61131_API DecimalFormat {
 
  private:
     struct Formatter;
+    template <typename Number>
+    void Format(const CTNLocale& locale, Number number, CTextOutput& output) const;
+
     std::string pattern_;
     mutable std::unique_ptr<Formatter> formatter_;
 };
 
 /// How a client wants dates, times and numbers shown. Defaults: en-US, UTC, "yyyy-MM-dd", "HH:mm:ss" and
-/// "yyyy-MM-dd HH:mm:ss".
+/// "yyyy-MM-dd HH:mm:ss". Like its formats, used by one thread at a time.
 class TN61131_API CDataFormatSettings {
  public:
     CDataFormatSettings();

@@ -1,9 +1,9 @@
 #include "platform/Time.h"
 
-#include <algorithm>
 #include <chrono>
-#include <cstdio>
 #include <limits>
+
+#include "platform/TextOutput.h"
 
 namespace {
 
@@ -84,10 +84,7 @@ void CTNTimestamp::GetTimestampStruct(std::int64_t ticks, TimestampStruct& field
 }
 
 unsigned int CTNTimestamp::ToText(char* buffer, unsigned int size) const {
-    if (size == 0) return 0;
-    TimestampStruct fields{};
-    GetTimestampStruct(ticks_, fields);
-    const int written = std::snprintf(buffer, size, "%04d-%02d-%02d %02d:%02d:%02d.%03d", fields.year, fields.month,
-                                      fields.day, fields.hour, fields.minute, fields.second, fields.millisecond);
-    return written < 0 ? 0 : std::min(static_cast<unsigned int>(written), size - 1);
+    CTextOutputString text;
+    text.PrintDateAndTime(nullptr, ticks_, ' ');
+    return CopyBounded(buffer, size, text.GetText());
 }
