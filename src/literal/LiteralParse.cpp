@@ -4,6 +4,7 @@
 
 #include "diag/Messages.h"
 #include "literal/LiteralText.h"
+#include "platform/ReadDouble.h"
 #include "value/VMTypeValue.h"
 #include "value/ValueLiteral.h"
 
@@ -181,7 +182,7 @@ bool CValueLiteral::StringToReal(CErrorLog& log, const ErrorLocation& location, 
     std::string digits(rest);
     std::erase(digits, '_');
     const char* end = digits.c_str();
-    const double number = ReadDouble(end);
+    const double number = tn_strtod(end);
     if (type.GetType() == ElementaryType::Real) {
         // By way of double precision on purpose, though that rounds twice.
         SetScalar(ElementaryType::Real, static_cast<float>(number));

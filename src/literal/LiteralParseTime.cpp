@@ -3,6 +3,7 @@
 
 #include "diag/Messages.h"
 #include "literal/LiteralText.h"
+#include "platform/ReadDouble.h"
 #include "platform/Time.h"
 #include "value/ValueLiteral.h"
 
@@ -65,7 +66,7 @@ bool ReadDurationComponent(CErrorLog& log, const ErrorLocation& location, const 
     const double factor = FindTimeUnit(unit);
     if (factor == 0) return Fail<Message::InvalidTimeUnit>(log, location, unit);
     const char* digits = number.c_str();
-    milliseconds = SaturateToInt64(ReadDouble(digits) * factor + 0.5);
+    milliseconds = SaturateToInt64(tn_strtod(digits) * factor + 0.5);
     return true;
 }
 
@@ -103,7 +104,7 @@ void ReadTimeFields(const char*& text, TimeFields& fields) noexcept {
     if (!TakeSeparator(text, ':')) return;
     fields.minute = ReadField(text);
     if (!TakeSeparator(text, ':')) return;
-    const double seconds = ReadDouble(text);
+    const double seconds = tn_strtod(text);
     // The neighbours of the valid range stand for all that lies outside.
     fields.second = static_cast<int>(std::clamp<std::int64_t>(SaturateToInt64(seconds), -1, 60));
     fields.millisecond = static_cast<int>(SaturateToInt64(seconds * 1000.0) % 1000);
@@ -137,7 +138,7 @@ bool CValueLiteral::StringToTimeOfDay(CErrorLog& log, const ErrorLocation& locat
     std::uint32_t milliseconds = ReadUnsigned32(rest) * 3'600'000;
     if (TakeSeparator(rest, ':')) {
         milliseconds += ReadUnsigned32(rest) * 60'000;
-        if (TakeSeparator(rest, ':')) milliseconds += SaturateToUInt32(ReadDouble(rest) * 1000.0);
+        if (TakeSeparator(rest, ':')) milliseconds += SaturateToUInt32(tn_strtod(rest) * 1000.0);
     }
     SetScalar(ElementaryType::TimeOfDay, milliseconds);
     return true;

@@ -3,21 +3,12 @@
 #include <cmath>
 #include <limits>
 
-#include <locale.h>
-#include <stdlib.h>
-
 #include "platform/CharTable.h"
 
 namespace {
 
 constexpr char ToLowerAscii(char c) noexcept {
     return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-}
-
-// Never released: numbers are read until the process ends.
-locale_t GetCLocale() noexcept {
-    static const locale_t kLocale = newlocale(LC_ALL_MASK, "C", nullptr);
-    return kLocale;
 }
 
 }  // namespace
@@ -28,15 +19,6 @@ bool EqualsIgnoringCase(std::string_view left, std::string_view right) noexcept 
         if (ToLowerAscii(left[i]) != ToLowerAscii(right[i])) return false;
     }
     return true;
-}
-
-double ReadDouble(const char*& text) noexcept {
-    char* end = nullptr;
-    // Not strtod(): the host may have chosen a locale with another decimal separator. Not std::from_chars(): it knows
-    // neither hexadecimal prefixes nor what lies beyond the range.
-    const double value = strtod_l(text, &end, GetCLocale());
-    text = end;
-    return value;
 }
 
 std::uint32_t ReadUnsigned32(const char*& text) noexcept {

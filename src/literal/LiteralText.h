@@ -27,11 +27,6 @@
 /// Equality without regard to the case of ASCII letters.
 [[nodiscard]] bool EqualsIgnoringCase(std::string_view left, std::string_view right) noexcept;
 
-/// The longest floating-point number at the start of `text` as C's strtod() takes it in the "C" locale: white space, a
-/// sign, decimal or hexadecimal digits with "." and exponent, "inf", "infinity", "nan", "nan(...)". `text` moves behind
-/// it; 0 and unmoved when there is none. Beyond the range it is an infinity or zero.
-[[nodiscard]] double ReadDouble(const char*& text) noexcept;
-
 /// The decimal number at the start of `text` as a 32-bit strtoul() takes it: white space and a sign may stand in front,
 /// a "-" negates modulo 2^32, numbers beyond 32 bits give 4294967295 whatever their sign. `text` moves behind it; 0 and
 /// unmoved when there is none.

@@ -1,0 +1,141 @@
+#include <charconv>
+#include <cmath>
+#include <optional>
+#include <string>
+
+#include <rapidjson/error/en.h>
+#include <rapidjson/memorystream.h>
+#include <rapidjson/reader.h>
+
+#include "platform/JSONValue.h"
+#include "platform/ReadDouble.h"
+
+namespace {
+
+// What the parser refuses beyond the grammar.
+constexpr const char* kTooDeep = "Nesting is deeper than 1000 levels.";
+constexpr const char* kOutOfRange = "The number is beyond the range of a double.";
+constexpr const char* kLoneSurrogate = "The string escapes a surrogate without its partner.";
+constexpr const char* kTooLong = "The text is longer than 4 GiB.";
+constexpr const char* kTextAfterValue = "The document root must not be followed by other values.";
+static_assert(JSONParseContext::kMaxDepth == 1000, "kTooDeep states it");
+
+// A number of the grammar, which is a subset of what from_chars() takes.
+std::optional<double> ReadNumber(std::string_view digits) noexcept {
+    double number = 0;
+    const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), number);
+    if (error == std::errc()) return number;
+    // Out of range does not say in which direction.
+    const std::string text(digits);
+    const char* at = text.c_str();
+    number = tn_strtod(at);
+    if (std::isinf(number)) return std::nullopt;
+    return number;
+}
+
+// The parser writes an escaped low surrogate that stands alone as three bytes, which no valid text contains.
+bool HasSurrogate(std::string_view text) noexcept {
+    for (std::size_t at = text.find('\xED'); at != std::string_view::npos; at = text.find('\xED', at + 1)) {
+        if (at + 1 < text.size() && static_cast<unsigned char>(text[at + 1]) >= 0xA0) return true;
+    }
+    return false;
+}
+
+// Takes the parser's events and builds the value. Containers that are still open lie on a stack of their own, so that
+// the depth of the text costs no call depth.
+class TreeBuilder {
+ public:
+    bool Null() { return Add(JSONValue()); }
+    bool Bool(bool value) { return Add(JSONValue(value)); }
+    // Numbers arrive as text.
+    bool Int(int) { return false; }
+    bool Uint(unsigned) { return false; }
+    bool Int64(std::int64_t) { return false; }
+    bool Uint64(std::uint64_t) { return false; }
+    bool Double(double) { return false; }
+    bool RawNumber(const char* text, rapidjson::SizeType length, bool) {
+        const std::optional<double> number = ReadNumber({text, length});
+        return number.has_value() ? Add(JSONValue(*number)) : Refuse(kOutOfRange);
+    }
+    bool String(const char* text, rapidjson::SizeType length, bool) {
+        std::string content(text, length);
+        return HasSurrogate(content) ? Refuse(kLoneSurrogate) : Add(JSONValue(std::move(content)));
+    }
+    bool Key(const char* text, rapidjson::SizeType length, bool) {
+        open_.back().name.assign(text, length);
+        return HasSurrogate(open_.back().name) ? Refuse(kLoneSurrogate) : true;
+    }
+    bool StartArray() { return Open(Container{.isObject = false}); }
+    bool StartObject() { return Open(Container{.isObject = true}); }
+    bool EndArray(rapidjson::SizeType) { return Close(); }
+    bool EndObject(rapidjson::SizeType) { return Close(); }
+
+    JSONValue TakeRoot() noexcept { return std::move(root_); }
+    // Why the building was ended; null when it was not.
+    [[nodiscard]] const char* GetRefusal() const noexcept { return refusal_; }
+
+ private:
+    struct Container {
+        bool isObject = false;
+        JSONValue::Array elements{};
+        JSONValue::Object members{};
+        std::string name{};  // of the member whose value comes next
+    };
+
+    bool Refuse(const char* reason) noexcept {
+        refusal_ = reason;
+        return false;
+    }
+    bool Open(Container container) {
+        if (open_.size() == JSONParseContext::kMaxDepth) return Refuse(kTooDeep);
+        open_.push_back(std::move(container));
+        return true;
+    }
+    bool Close() {
+        Container closed = std::move(open_.back());
+        open_.pop_back();
+        return Add(closed.isObject ? JSONValue(std::move(closed.members)) : JSONValue(std::move(closed.elements)));
+    }
+    bool Add(JSONValue value) {
+        if (open_.empty()) {
+            root_ = std::move(value);
+        } else if (open_.back().isObject) {
+            open_.back().members.push_back({std::move(open_.back().name), std::move(value)});
+        } else {
+            open_.back().elements.push_back(std::move(value));
+        }
+        return true;
+    }
+
+    JSONValue root_;
+    std::vector<Container> open_;
+    const char* refusal_ = nullptr;
+};
+
+}  // namespace
+
+bool JSONValue::Parse(JSONParseContext& context) {
+    constexpr unsigned kFlags =
+        rapidjson::kParseIterativeFlag | rapidjson::kParseNumbersAsStringsFlag | rapidjson::kParseValidateEncodingFlag;
+    const std::string_view text = context.GetText();
+    if (text.size() > UINT32_MAX) {
+        context.ReportError(0, kTooLong);
+        return false;
+    }
+    rapidjson::MemoryStream stream(text.data(), text.size());
+    rapidjson::Reader reader;
+    TreeBuilder builder;
+    const rapidjson::ParseResult result = reader.Parse<kFlags>(stream, builder);
+    if (result.IsError()) {
+        const char* refusal = builder.GetRefusal();
+        context.ReportError(result.Offset(), refusal != nullptr ? refusal : rapidjson::GetParseError_En(result.Code()));
+        return false;
+    }
+    // The parser takes a NUL for the end of the text.
+    if (stream.Tell() != text.size()) {
+        context.ReportError(stream.Tell(), kTextAfterValue);
+        return false;
+    }
+    *this = builder.TakeRoot();
+    return true;
+}
