@@ -82,10 +82,12 @@ void CErrorLog::Log(const ErrorLocation& location, const CTNModule& module, Seve
 
 void CErrorLog::Record(const ErrorLocation& location, const CTNModule& module, Severity severity, std::uint32_t id,
                        FormatArgs args) {
-    std::array<char, 256> locationText;
+    // Set and bounded here, so that no implementation of a location can bring in what it did not write.
+    std::array<char, 256> locationText{};
     const unsigned int written = location.PrintLocation(locationText.data(), locationText.size());
+    const std::string_view locationView(locationText.data(), std::min<std::size_t>(written, locationText.size() - 1));
     Entry entry{&module, id, severity, {}, {}};
-    entry.location.assign(locationText.data(), std::min<std::size_t>(written, locationText.size() - 1));
+    entry.location = locationView.substr(0, locationView.find('\0'));
     const char* const text = module.FindText(id);
     AppendFormatted(entry.text, text == nullptr ? "Unknown message." : text, args);
 
