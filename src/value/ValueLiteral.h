@@ -17,6 +17,7 @@ class CCompositeValue;
 class CTNTimeZone;
 class CTNTimestamp;
 class CTextOutput;
+class JSONValue;
 
 /// A tagged value: the type (the base) and 8 bytes of payload, with its storage, its literal text, its raw bytes and
 /// its persisted form. Strings and composites are owned heap objects; every other type lives in the payload.
@@ -92,6 +93,8 @@ class TN61131_API CValueLiteral : public CValueType {
     bool StringToDateAndTime(CErrorLog& log, const ErrorLocation& location, const char* text);
     bool StringToPointer(CErrorLog& log, const ErrorLocation& location, const char* text);
     bool StringToType(CErrorLog& log, const ErrorLocation& location, const char* text);
+    /// LREAL from a number, BOOL from a boolean, WSTRING from a string; from anything else a WSTRING with its JSON text.
+    void SetFromJSONValue(const JSONValue* json);
     /// Sign, number and radix at the start of `text`; what follows is not looked at. False when there is no digit.
     static bool ParseSignedInteger(const char* text, bool& negative, unsigned long long& magnitude, int& radix);
     /// Digits and underscores of one radix, wrapping in 64 bits; `text` moves behind them.
