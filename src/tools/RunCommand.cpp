@@ -1,0 +1,218 @@
+#include "tools/RunCommand.h"
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <iostream>
+#include <memory>
+
+#include <unistd.h>
+
+#include "platform/ClientAccess.h"
+#include "tools/HumanReport.h"
+#include "tools/Interrupt.h"
+#include "tools/JsonReport.h"
+#include "tools/Progress.h"
+#include "tools/Tool.h"
+#include "tools/Trace.h"
+#include "vm/VirtualMachineExec.h"
+
+namespace tn61131 {
+namespace {
+
+/// So many variables are shown without having been asked for.
+constexpr std::size_t kShownUnasked = 12;
+/// So many are recorded; viewers become unusable with more.
+constexpr std::size_t kTracedAtMost = 1000;
+
+CClientAccessContext MakeAccess(const RunOptions& options) {
+    CDataFormatSettings settings;
+    if (!options.locale.empty()) settings.SetLocale(CTNLocale(options.locale));
+    if (!options.timeZone.empty()) settings.SetTimeZone(CTNTimeZone(options.timeZone));
+    return CClientAccessContext("tn61131", std::move(settings));
+}
+
+/// Those asked for; else, for a person, all when they are few.
+std::vector<WatchedVariable> ChooseReported(const RunOptions& options, const LoadedImage& image) {
+    if (!image.GetWatched().empty() || options.json || image.GetMap() == nullptr) return image.GetWatched();
+    std::vector<WatchedVariable> all = ListVariables(*image.GetMap(), kShownUnasked + 1);
+    if (all.size() > kShownUnasked) all.clear();
+    return all;
+}
+
+std::vector<WatchedVariable> ChooseTraced(const LoadedImage& image) {
+    if (!image.GetWatched().empty() || image.GetMap() == nullptr) return image.GetWatched();
+    return ListVariables(*image.GetMap(), kTracedAtMost);
+}
+
+/// Runs one image after another and keeps what the exit status needs.
+class ImageRunner {
+ public:
+    ImageRunner(const RunOptions& options, RunReport& report, std::ostream& messages)
+        : options_(options), report_(report), messages_(messages), access_(MakeAccess(options)) {}
+
+    void Run(const std::string& path) {
+        LoadedImage image;
+        std::vector<ImageError> errors;
+        if (!image.Load(path, options_, errors)) {
+            Refuse(path, errors);
+            return;
+        }
+        Trace trace;
+        if (!options_.traceFile.empty() && !trace.Open(options_.traceFile, ChooseTraced(image))) {
+            Refuse(path, {{0, {}, "The waveform file '" + options_.traceFile + "' cannot be written."}});
+            return;
+        }
+        Execute(image, trace);
+    }
+
+    [[nodiscard]] int GetExitStatus() const noexcept {
+        if (interrupted_) return kExitInterrupted;
+        return failed_ ? kExitFailure : kExitSuccess;
+    }
+    [[nodiscard]] bool IsInterrupted() const noexcept { return interrupted_; }
+
+ private:
+    void Refuse(const std::string& path, const std::vector<ImageError>& errors) {
+        failed_ = true;
+        report_.Refused(path, errors);
+        for (const ImageError& error : errors)
+            Complain(path, error.id, error.text);
+    }
+
+    void Execute(LoadedImage& image, Trace& trace) {
+        CErrorLog log;
+        CVirtualMachineExec exec(access_, "tn61131", &image.GetMachine(), &image.GetGlobalData(), image.GetTags());
+        const std::vector<WatchedVariable> watched = ChooseReported(options_, image);
+        const RunView view{image, exec, log, watched};
+        const bool tracing = !options_.traceFile.empty();
+        Progress progress(ProgressOutput(), options_.scans);
+        report_.Begin(view);
+        const ScanSummary summary =
+            RunScans(options_, image.GetEntryOffset(), exec, log, [&](const ScanOutcome& outcome) {
+                report_.Scan(view, outcome);
+                if (tracing) trace.Sample(outcome.timestampMS, image.GetWatchMemory());
+                progress.Update(outcome.number + 1);
+            });
+        progress.Clear();
+        report_.End(view, summary);
+        interrupted_ = summary.interrupted;
+        if (!summary.AllCompleted()) ComplainOfRun(image.GetPath(), log);
+        if (tracing && !trace.Close()) {
+            failed_ = true;
+            Complain(image.GetPath(), 0, "The waveform file '" + options_.traceFile + "' cannot be written.");
+        }
+    }
+
+    /// Standard error when a person sees it and the scans themselves do not already show how far the run is.
+    std::ostream* ProgressOutput() const {
+        const bool scansAreShown = !options_.lastOnly && isatty(STDOUT_FILENO) != 0;
+        return isatty(STDERR_FILENO) != 0 && !scansAreShown ? &messages_ : nullptr;
+    }
+
+    void ComplainOfRun(const std::string& path, const CErrorLog& log) {
+        failed_ = true;
+        for (const CErrorLog::Entry& entry : log.GetEntries())
+            Complain(path, entry.id, entry.location.empty() ? entry.text : entry.location + ": " + entry.text);
+        if (log.GetEntries().empty()) Complain(path, 0, "The run did not complete.");
+    }
+
+    void Complain(const std::string& path, std::uint32_t id, const std::string& text) {
+        messages_ << "tn61131: " << PrintableText(path) << ": ";
+        if (id != 0) messages_ << "error " << id << ": ";
+        messages_ << PrintableText(text) << '\n';
+    }
+
+    const RunOptions& options_;
+    RunReport& report_;
+    std::ostream& messages_;
+    CClientAccessContext access_;
+    bool failed_ = false;
+    bool interrupted_ = false;
+};
+
+std::unique_ptr<RunReport> MakeReport(const RunOptions& options, std::ostream& output) {
+    if (options.json) return std::make_unique<JsonReport>(output, options);
+    return std::make_unique<HumanReport>(output, options);
+}
+
+void AddEntryOptions(CLI::App& command, RunOptions& options) {
+    auto* program = command.add_option("--program", options.program, "run this program")->type_name("NAME");
+    auto* expression = command.add_option("--expression", options.expression, "run this expression")->type_name("ID");
+    auto* codeBlock = command.add_option("--code-block", options.codeBlock, "run this code block")->type_name("ID");
+    program->excludes(expression)->excludes(codeBlock);
+    expression->excludes(codeBlock);
+}
+
+void AddScanOptions(CLI::App& command, RunOptions& options) {
+    command.add_option("--limit", options.instructionLimit, "instruction limit of a scan")->capture_default_str();
+    command.add_option("--scans", options.scans, "how often to run on the same data")->capture_default_str();
+    command.add_option("--timestamp", options.timestampMS, "time of the first scan, default: the clock")
+        ->type_name("MS");
+    command.add_option("--step", options.stepMS, "time from scan to scan")->type_name("MS")->capture_default_str();
+    command.add_option("--resumes", options.resumes, "how often to resume a suspended scan")->capture_default_str();
+}
+
+void AddFileOptions(CLI::App& command, RunOptions& options) {
+    command.add_option("--tags", options.tagsFile, "directly located variables (JSON)")->type_name("FILE");
+    command.add_option("--map", options.mapFile, "symbol map, default: IMAGE.map")->type_name("FILE");
+    command.add_option("--trace", options.traceFile, "record the watched variables as a waveform (VCD)")
+        ->type_name("FILE");
+}
+
+void AddFormatOptions(CLI::App& command, RunOptions& options) {
+    const auto knownLocale = [](const std::string& tag) {
+        return CTNLocale::IsKnown(tag) ? std::string() : "unknown locale '" + tag + "'";
+    };
+    const auto knownZone = [](const std::string& name) {
+        return CTNTimeZone::IsKnown(name) ? std::string() : "unknown time zone '" + name + "'";
+    };
+    command.add_option("--locale", options.locale, "language tag for texts, default: en-US")
+        ->type_name("TAG")
+        ->check(CLI::Validator(knownLocale, ""));
+    command.add_option("--time-zone", options.timeZone, "zone name for local times, default: UTC")
+        ->type_name("NAME")
+        ->check(CLI::Validator(knownZone, ""));
+    command.add_flag("--last", options.lastOnly, "report the last scan only");
+    command.add_flag("--time", options.time, "report the time spent in the machine");
+    command.add_flag("--json", options.json, "report as JSON, a line per image");
+}
+
+}  // namespace
+
+int RunImages(const RunOptions& options, std::ostream& output, std::ostream& messages) {
+    const Interrupt interrupt;
+    const std::unique_ptr<RunReport> report = MakeReport(options, output);
+    ImageRunner runner(options, *report, messages);
+    for (const std::string& path : options.images) {
+        runner.Run(path);
+        if (runner.IsInterrupted()) break;
+    }
+    return runner.GetExitStatus();
+}
+
+void AddRunCommand(CLI::App& app, int& exitStatus) {
+    auto options = std::make_shared<RunOptions>();
+    CLI::App* command = app.add_subcommand("run", "Load images and execute them");
+    command->add_option("IMAGE", options->images, "image files")->required();
+    AddEntryOptions(*command, *options);
+    AddScanOptions(*command, *options);
+    AddFileOptions(*command, *options);
+    AddFormatOptions(*command, *options);
+    const CLI::Option* watch = command->add_option("--watch", "variables to report, by name")
+                                   ->type_name("NAME,...")
+                                   ->expected(1)
+                                   ->allow_extra_args(false)
+                                   ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
+    command->callback([options, watch, &exitStatus] {
+        for (const std::string& list : watch->results()) {
+            const std::vector<std::string> names = SplitWatchNames(list);
+            options->watch.insert(options->watch.end(), names.begin(), names.end());
+        }
+        if (!options->traceFile.empty() && options->images.size() > 1) {
+            throw CLI::ValidationError("--trace", "takes one image at a time");
+        }
+        exitStatus = RunImages(*options, std::cout, std::cerr);
+    });
+}
+
+}  // namespace tn61131

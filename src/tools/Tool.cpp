@@ -1,0 +1,42 @@
+#include "tools/Tool.h"
+
+#include <CLI/CLI.hpp>
+#include <exception>
+#include <iostream>
+
+namespace tn61131 {
+namespace {
+
+/// Help asked for is success; everything else that the parser throws is wrong usage.
+int ReportParseResult(const CLI::App& app, const CLI::ParseError& error) {
+    const int parserStatus = app.exit(error, std::cout, std::cerr);
+    return parserStatus == static_cast<int>(CLI::ExitCodes::Success) ? kExitSuccess : kExitUsage;
+}
+
+}  // namespace
+
+int RunTool(int argc, const char* const* argv) {
+    int exitStatus = kExitSuccess;
+    try {
+        CLI::App app("Virtual machine for IEC 61131-3 control logic", "tn61131");
+        app.require_subcommand(1);
+        AddRunCommand(app, exitStatus);
+        AddLiteralCommand(app, exitStatus);
+        try {
+            app.parse(argc, argv);
+        } catch (const CLI::ParseError& error) {
+            return ReportParseResult(app, error);
+        }
+        std::cout.flush();
+        if (!std::cout) {
+            std::cerr << "tn61131: standard output cannot be written\n";
+            return kExitFailure;
+        }
+    } catch (const std::exception& error) {
+        std::cerr << "tn61131: " << error.what() << '\n';
+        return kExitFailure;
+    }
+    return exitStatus;
+}
+
+}  // namespace tn61131
