@@ -56,6 +56,8 @@ class CSymbolMap {
     [[nodiscard]] static std::string GetDefaultFileName(const std::string& imageFile) { return imageFile + ".map"; }
 
     void AddVariable(SymbolVariable variable);
+    /// The same, unless the scope has a variable of that name: then nothing changes, and false.
+    [[nodiscard]] bool AddUniqueVariable(SymbolVariable variable);
     void AddLabel(SymbolLabel label) { labels_.push_back(std::move(label)); }
     /// Returns the index of a file, which is added when it is new.
     std::uint32_t AddFile(std::string_view file);
@@ -69,6 +71,9 @@ class CSymbolMap {
     /// The position with the highest code offset that is not above `codeOffset`; null when there is none. Positions
     /// must have been added by ascending code offset.
     [[nodiscard]] const SymbolPosition* FindPosition(std::uint32_t codeOffset) const noexcept;
+
+    /// The structures that the variables are made of, each behind those that it contains.
+    [[nodiscard]] std::vector<const SymbolStruct*> CollectStructs() const;
 
     /// The map as JSON text, ended by a line feed.
     [[nodiscard]] std::string Save() const;
@@ -92,8 +97,11 @@ class CSymbolMap {
  private:
     [[nodiscard]] const SymbolVariable* FindVariable(std::string_view scope, std::string_view name) const;
 
+    /// Variables of a name in any scope; no more than two.
+    [[nodiscard]] std::vector<const SymbolVariable*> FindTwoByName(std::string_view name) const;
+
     std::vector<SymbolVariable> variables_;
-    std::multimap<std::string, std::size_t, std::less<>> byName_;  ///< lower-case name to index
+    std::multimap<std::string, std::size_t, std::less<>> byName_;  ///< see MakeKey() to index
     std::vector<SymbolLabel> labels_;
     std::vector<std::string> files_;
     std::vector<SymbolPosition> positions_;

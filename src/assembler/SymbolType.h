@@ -43,6 +43,8 @@ struct SymbolType {
     [[nodiscard]] std::uint64_t GetElementCount() const noexcept;
     /// Bytes in the machine's memory, packed, saturated at the largest number.
     [[nodiscard]] std::uint64_t GetSize() const noexcept;
+    /// How deep structures and arrays lie in it: 0 for an elementary type.
+    [[nodiscard]] std::uint32_t GetDepth() const noexcept;
     /// As structured text has it: "REAL", "STRING[20]", "ARRAY[0..9,1..2] OF TON".
     [[nodiscard]] std::string GetText() const;
 };
@@ -56,12 +58,17 @@ struct SymbolMember {
 /// A structure, or the instance data of a function block.
 struct SymbolStruct {
     std::string name;
-    std::uint32_t size = 0;  ///< bytes, at least the end of the last member
+    std::uint32_t size = 0;   ///< bytes, at least the end of the last member
+    std::uint32_t depth = 1;  ///< of structures and arrays in it, itself included
     std::vector<SymbolMember> members;
 
     /// Null when there is none. Names are compared without regard to ASCII case.
     [[nodiscard]] const SymbolMember* FindMember(std::string_view memberName) const noexcept;
 };
+
+/// Whether two names are the same without regard to ASCII case, and the form in which equal names are the same text.
+[[nodiscard]] bool IsSameName(std::string_view left, std::string_view right) noexcept;
+[[nodiscard]] std::string FoldName(std::string_view name);
 
 /// The instance data of the library's own function blocks by name in any case ("TON", "CTU"); null for another name.
 [[nodiscard]] std::shared_ptr<const SymbolStruct> FindStandardBlockStruct(std::string_view name);

@@ -1,0 +1,29 @@
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <string_view>
+
+#include "assembler/SymbolMap.h"
+
+// The words of the map file, for its writer and its reader.
+namespace symbolmap {
+
+inline constexpr std::string_view kFormatName = "tn61131-map";
+inline constexpr std::uint32_t kVersion = 1;
+
+/// Index = LocationKind.
+inline constexpr std::array<std::string_view, 7> kLocationNames = {"null", "global",   "local", "temp",
+                                                                   "tag",  "constant", "block"};
+/// Index = SymbolLabel::Kind.
+inline constexpr std::array<std::string_view, 5> kLabelKindNames = {"label", "function", "program", "expression",
+                                                                    "codeblock"};
+
+[[nodiscard]] constexpr std::string_view GetLocationName(LocationKind location) noexcept {
+    return kLocationNames[static_cast<std::size_t>(location) % kLocationNames.size()];
+}
+[[nodiscard]] constexpr std::string_view GetLabelKindName(SymbolLabel::Kind kind) noexcept {
+    return kLabelKindNames[static_cast<std::size_t>(kind)];
+}
+
+}  // namespace symbolmap
