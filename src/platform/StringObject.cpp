@@ -5,12 +5,11 @@
 #include <cstdint>
 #include <cstring>
 #include <initializer_list>
-#include <limits>
 #include <new>
-#include <string_view>
 #include <vector>
 
 #include "platform/Transcode.h"
+#include "platform/UnitSearch.h"
 
 namespace {
 
@@ -193,11 +192,17 @@ Object<Unit>* Delete(Units<Unit> text, int length, int position) {
     return Replace(text, Units<Unit>(), length, position);
 }
 
-template <typename Unit>
-int Find(Units<Unit> text, Units<Unit> wanted) noexcept {
-    if (wanted.empty()) return -1;
-    const auto found = std::search(text.begin(), text.end(), wanted.begin(), wanted.end());
-    return found == text.end() ? -1 : static_cast<int>(found - text.begin());
+int Find(Units<unsigned char> text, Units<unsigned char> wanted) noexcept {
+    if (wanted.empty() || text.size() < wanted.size()) return -1;
+    const void* const found = ::memmem(text.data(), text.size(), wanted.data(), wanted.size());
+    return found == nullptr ? -1 : static_cast<int>(static_cast<const unsigned char*>(found) - text.data());
+}
+
+int Find(Units<unsigned short> text, Units<unsigned short> wanted) noexcept {
+    if (wanted.empty() || text.size() < wanted.size()) return -1;
+    const CUnitSearch<unsigned short> search(wanted);
+    const std::size_t place = search.FindIn(text);
+    return place == search.kNotFound ? -1 : static_cast<int>(place);
 }
 
 template <typename Unit>

@@ -10,6 +10,8 @@
 
 #include <gtest/gtest.h>
 
+#include "platform/Time.h"
+
 namespace {
 
 template <typename Action>
@@ -108,6 +110,41 @@ TEST(Print, FillsPlaceholders) {
                   output.WriteChar('!');
               }),
               "plain 002A text!");
+}
+
+struct DateCase {
+    std::int64_t ticks;
+    const char* date;
+    const char* time;
+};
+
+TEST(PrintDate, WritesTheCalendarDateOfAnyTickCount) {
+    const std::vector<DateCase> rows = {
+        {0, "1970-01-01", "00:00:00.000"},
+        {17'067'063'092'500'000, "2024-01-31", "13:05:09.250"},
+        {kTicksPerDay - 1, "1970-01-01", "23:59:59.999"},
+        {-1, "1969-12-31", "23:59:59.999"},
+        {-621'355'968'000'000'000, "0001-01-01", "00:00:00.000"},
+        {-621'355'968'000'000'000 - 366 * kTicksPerDay, "0000-01-01", "00:00:00.000"},
+        {-621'355'968'000'000'000 - 367 * kTicksPerDay, "-0001-12-31", "00:00:00.000"},
+        {2'534'022'144'000'000'000, "9999-12-31", "00:00:00.000"},
+        {2'534'022'144'000'000'000 + kTicksPerDay, "10000-01-01", "00:00:00.000"},
+        {std::numeric_limits<std::int64_t>::max(), "31197-09-14", "02:48:05.477"},
+        {std::numeric_limits<std::int64_t>::min(), "-27258-04-19", "21:11:54.522"},
+    };
+    for (const DateCase& row : rows) {
+        SCOPED_TRACE(row.ticks);
+        EXPECT_EQ(Written([&](CTextOutput& output) { output.PrintDate(nullptr, row.ticks); }), row.date);
+        EXPECT_EQ(Written([&](CTextOutput& output) { output.PrintDateAndTime(nullptr, row.ticks, '-'); }),
+                  std::string(row.date) + "-" + row.time);
+    }
+}
+
+TEST(PrintDate, ZoneGivesLocalTime) {
+    const CTNTimeZone berlin("Europe/Berlin");
+    EXPECT_EQ(Written([&](CTextOutput& output) { output.PrintDateAndTime(&berlin, 0, ' '); }),
+              "1970-01-01 01:00:00.000");
+    EXPECT_EQ(Written([&](CTextOutput& output) { output.PrintDate(&berlin, kTicksPerDay - 1); }), "1970-01-02");
 }
 
 struct Utf8Case {
