@@ -88,7 +88,9 @@ class ValueTest : public ::testing::Test {
     /// Exactly one message was logged since the last look, with this id and text.
     void ExpectMessage(Message id, std::string_view text) {
         EXPECT_THAT(Ids(log_), ::testing::ElementsAre(static_cast<std::uint32_t>(id)));
-        if (!log_.GetEntries().empty()) EXPECT_EQ(log_.GetEntries().front().text, text);
+        if (!log_.GetEntries().empty()) {
+            EXPECT_EQ(log_.GetEntries().front().text, text);
+        }
         log_.Clear();
     }
     void ExpectNoMessage() {
