@@ -56,10 +56,10 @@ TEST(ValueStorage, ATypeAloneMeansZeroOrAnEmptyString) {
 }
 
 TEST(ValueStorage, StringsCopyTheUnitsGiven) {
-    CValue value =
-        Str("a\0\xFF"
-            "b");
+    CValue value = Str(std::string_view("a\0\xFF", 3));
     EXPECT_EQ(value.GetType(), T::String);
+    ASSERT_EQ(GetUnits(value.GetUtf8String()).size(), 3U);
+    EXPECT_EQ(GetUnits(value.GetUtf8String())[2], 0xFF);
     const CValue wide = WStr(u"a\xD800z");
     ASSERT_EQ(GetUnits(wide.GetUtf16String()).size(), 3U);
     EXPECT_EQ(GetUnits(wide.GetUtf16String())[1], 0xD800);
