@@ -1,6 +1,7 @@
 #include "functions/FunctionContext.h"
 
 #include "functions/BuiltInFunctions.h"
+#include "functions/FormatCache.h"
 #include "platform/FormatText.h"
 
 CBuiltInFunctionContext::CBuiltInFunctionContext(const CDataFormatSettings* settings, CVirtualMachineExec* exec,
@@ -8,6 +9,11 @@ CBuiltInFunctionContext::CBuiltInFunctionContext(const CDataFormatSettings* sett
     : settings_(settings), exec_(exec), functions_(functions) {}
 
 CBuiltInFunctionContext::~CBuiltInFunctionContext() = default;
+
+CFormatCache& CBuiltInFunctionContext::GetFormatCache() {
+    if (formatCache_ == nullptr) formatCache_ = std::make_unique<CFormatCache>();
+    return *formatCache_;
+}
 
 unsigned int CBuiltInFunctionContext::PrintLocation(char* buffer, unsigned int size) const {
     const char* name =

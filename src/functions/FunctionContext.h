@@ -1,12 +1,14 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 
 #include "platform/ErrorLog.h"
 #include "platform/Export.h"
 
 class CBuiltInFunctions;
 class CDataFormatSettings;
+class CFormatCache;
 class CVirtualMachineExec;
 
 /// The built-in call in progress; as an error location it names the function and the parameter at fault. One for each
@@ -36,6 +38,8 @@ class TN61131_API CBuiltInFunctionContext final : public ErrorLocation {
     [[nodiscard]] unsigned char GetFunctionId() const noexcept { return id_; }
     [[nodiscard]] CVirtualMachineExec* GetVMExec() const noexcept { return exec_; }
     [[nodiscard]] const CDataFormatSettings* GetDataFormatSettings() const noexcept { return settings_; }
+    /// The patterns that functions called through this context have used; made when first asked for.
+    [[nodiscard]] CFormatCache& GetFormatCache();
 
     /// "Function LEFT Parameter 2", "Function Block TON"; nothing for a function without a name.
     unsigned int PrintLocation(char* buffer, unsigned int size) const override;
@@ -44,6 +48,7 @@ class TN61131_API CBuiltInFunctionContext final : public ErrorLocation {
     const CDataFormatSettings* settings_;
     CVirtualMachineExec* exec_;
     CBuiltInFunctions& functions_;
+    std::unique_ptr<CFormatCache> formatCache_;
     unsigned int callPosition_ = 0;
     bool isFunctionBlock_ = false;
     unsigned char group_ = 0;

@@ -4,10 +4,14 @@
 #include "functions/BitstringFunctions.h"
 #include "functions/BitwiseFunctions.h"
 #include "functions/ComparisonFunctions.h"
+#include "functions/DateTimeFunctions.h"
 #include "functions/NumericFunctions.h"
 #include "functions/SelectionFunctions.h"
 #include "functions/StandardFunctionBlocks.h"
 #include "functions/StringFunctions.h"
+#include "functions/SystemFunctions.h"
+#include "functions/ToStringFunctions.h"
+#include "functions/TypeConversionFunctions.h"
 
 namespace {
 
@@ -47,6 +51,10 @@ std::span<const FunctionGroup> GetFunctionGroups() noexcept {
         DescribeGroup<CVMFuncSelection>(),
         DescribeGroup<CVMFuncComparison>(),
         DescribeGroup<CVMFuncString>(),
+        DescribeGroup<CVMFuncTypeConv>(),
+        DescribeGroup<CVMFuncToString>(),
+        DescribeGroup<CVMFuncSys>(),
+        DescribeGroup<VMFuncDateTime>(),
     };
     return groups;
 }

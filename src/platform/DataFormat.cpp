@@ -133,6 +133,11 @@ bool IsDateTimePattern(std::string_view pattern) noexcept {
     return !pattern.empty();
 }
 
+/// A zone for a formatter to adopt.
+icu::TimeZone* CreateZone(std::string_view name) {
+    return icu::TimeZone::createTimeZone(icu::UnicodeString::fromUTF8(ToPiece(name)));
+}
+
 /// The Gregorian calendar whatever the locale's custom, unless its tag names one ("-u-ca-buddhist"): the dates of a
 /// program are Gregorian. Proleptic, as timestamps are.
 std::unique_ptr<icu::Calendar> CreateCalendar(icu::Locale& locale, std::string_view zoneName, UErrorCode& status) {
@@ -141,8 +146,7 @@ std::unique_ptr<icu::Calendar> CreateCalendar(icu::Locale& locale, std::string_v
     if (locale.getKeywordValue("calendar", calendarName.data(), static_cast<std::int32_t>(calendarName.size()),
                                keyword) == 0)
         locale.setKeywordValue("calendar", "gregorian", status);
-    icu::TimeZone* zone = icu::TimeZone::createTimeZone(icu::UnicodeString::fromUTF8(ToPiece(zoneName)));
-    std::unique_ptr<icu::Calendar> calendar(icu::Calendar::createInstance(zone, locale, status));
+    std::unique_ptr<icu::Calendar> calendar(icu::Calendar::createInstance(CreateZone(zoneName), locale, status));
     constexpr UDate kEarliest = -1e17;  // before all timestamps
     if (auto* gregorian = dynamic_cast<icu::GregorianCalendar*>(calendar.get()); gregorian != nullptr)
         gregorian->setGregorianChange(kEarliest, status);
@@ -170,6 +174,25 @@ bool CTNLocale::IsKnown(std::string_view tag) {
 // --- DateTimeFormat ---
 
 struct DateTimeFormat::Formatter {
+    Formatter(std::string_view pattern, const std::string& tag, std::string_view zone)
+        : localeTag(tag), zoneName(zone) {
+        icu::Locale locale = ResolveLocale(tag);
+        UErrorCode status = U_ZERO_ERROR;
+        std::unique_ptr<icu::Calendar> calendar = CreateCalendar(locale, zone, status);
+        format =
+            std::make_unique<icu::SimpleDateFormat>(icu::UnicodeString::fromUTF8(ToPiece(pattern)), locale, status);
+        if (U_FAILURE(status) != 0) {
+            format.reset();
+        } else {
+            format->adoptCalendar(calendar.release());
+        }
+    }
+    void ChangeZone(std::string_view zone) {
+        if (zone == zoneName) return;
+        zoneName = zone;
+        if (format != nullptr) format->adoptTimeZone(CreateZone(zone));
+    }
+
     std::string localeTag;
     std::string zoneName;
     std::unique_ptr<icu::SimpleDateFormat> format;  ///< null where the library could not make one
@@ -200,18 +223,10 @@ bool DateTimeFormat::ParseDateTimeFormat(std::string_view pattern) {
 void DateTimeFormat::FormatDateTime(const CTNLocale& locale, const CTNTimeZone* timeZone, const CTNTimestamp& timestamp,
                                     CTextOutput& output) const {
     const std::string_view zoneName = timeZone == nullptr ? std::string_view("UTC") : timeZone->GetName();
-    if (formatter_ == nullptr || formatter_->localeTag != locale.GetTag() || formatter_->zoneName != zoneName) {
-        icu::Locale icuLocale = ResolveLocale(locale.GetTag());
-        UErrorCode status = U_ZERO_ERROR;
-        std::unique_ptr<icu::Calendar> calendar = CreateCalendar(icuLocale, zoneName, status);
-        auto format =
-            std::make_unique<icu::SimpleDateFormat>(icu::UnicodeString::fromUTF8(ToPiece(pattern_)), icuLocale, status);
-        if (U_FAILURE(status) != 0) {
-            format.reset();
-        } else {
-            format->adoptCalendar(calendar.release());
-        }
-        formatter_ = std::make_unique<Formatter>(Formatter{locale.GetTag(), std::string(zoneName), std::move(format)});
+    if (formatter_ == nullptr || formatter_->localeTag != locale.GetTag()) {
+        formatter_ = std::make_unique<Formatter>(pattern_, locale.GetTag(), zoneName);
+    } else {
+        formatter_->ChangeZone(zoneName);
     }
     if (formatter_->format == nullptr) return;
     // Whole milliseconds, rounded down; exact, as 64 bits of ticks are fewer than 2^53 milliseconds.
