@@ -27,10 +27,10 @@ constexpr FunctionRow kRows[] = {
     {2, "WORD_BCD_TO_INT", 1, 1, kSurplus, "IN", "INT: the number of 4 digits", FromBCD<Word, 4, Int>},
     {3, "DWORD_BCD_TO_DINT", 1, 1, kSurplus, "IN", "DINT: the number of 8 digits", FromBCD<DWord, 8, DInt>},
     {4, "LWORD_BCD_TO_LINT", 1, 1, kSurplus, "IN", "LINT: the number of 16 digits", FromBCD<LWord, 16, LInt>},
-    {5, "SINT_TO_BCD_BYTE", 1, 1, kSurplus, "IN", "BYTE: the last 2 digits", ToBCD<SInt, 2, Byte>},
-    {6, "INT_TO_BCD_WORD", 1, 1, kSurplus, "IN", "WORD: the last 4 digits", ToBCD<Int, 4, Word>},
-    {7, "DINT_TO_BCD_DWORD", 1, 1, kSurplus, "IN", "DWORD: the last 8 digits", ToBCD<DInt, 8, DWord>},
-    {8, "LINT_TO_BCD_LWORD", 1, 1, kSurplus, "IN", "LWORD: the last 16 digits", ToBCD<LInt, 16, LWord>},
+    {5, "SINT_TO_BCD_BYTE", 1, 1, kSurplus, "IN", "BYTE: its 2 digits", ToBCD<SInt, 2, Byte>},
+    {6, "INT_TO_BCD_WORD", 1, 1, kSurplus, "IN", "WORD: its 4 digits", ToBCD<Int, 4, Word>},
+    {7, "DINT_TO_BCD_DWORD", 1, 1, kSurplus, "IN", "DWORD: its 8 digits", ToBCD<DInt, 8, DWord>},
+    {8, "LINT_TO_BCD_LWORD", 1, 1, kSurplus, "IN", "LWORD: its 16 digits", ToBCD<LInt, 16, LWord>},
 };
 static_assert(HasConsecutiveIds(kRows));
 

@@ -156,6 +156,8 @@ class FunctionCaller {
     [[nodiscard]] const CValue& GetResult() const { return result_; }
     [[nodiscard]] const std::vector<CValue>& GetArguments() const { return arguments_; }
     [[nodiscard]] const CErrorLog& GetLog() const { return log_; }
+    /// Read by the functions at each call.
+    [[nodiscard]] CDataFormatSettings& GetSettings() { return settings_; }
     [[nodiscard]] CBuiltInFunctions& GetRegistry() { return registry_; }
     [[nodiscard]] CBuiltInFunctionContext& GetContext() { return context_; }
 
