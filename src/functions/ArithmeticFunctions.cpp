@@ -1,5 +1,7 @@
 #include "functions/ArithmeticFunctions.h"
 
+#include <utility>
+
 #include "functions/FunctionTable.h"
 #include "functions/OperatorFold.h"
 #include "value/Value.h"
@@ -41,7 +43,7 @@ std::span<const FunctionRow> CVMFuncArithmetic::GetTable() noexcept {
 
 CallStatus CVMFuncArithmetic::ExecuteFunction(CErrorLog& log, CBuiltInFunctionContext& context,
                                               unsigned char argumentCount, CValue* arguments, CValue& result) {
-    if (argumentCount != 0) result = arguments[0];
+    if (argumentCount != 0) result = std::move(arguments[0]);
     const FunctionRow* row = FindFunction(kRows, context.GetFunctionId());
     if (row == nullptr) {
         LogInvalidFunctionCode(log, context, kGroupWord, context.GetFunctionId());

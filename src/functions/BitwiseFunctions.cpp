@@ -1,5 +1,7 @@
 #include "functions/BitwiseFunctions.h"
 
+#include <utility>
+
 #include "functions/FunctionTable.h"
 #include "functions/OperatorFold.h"
 #include "value/Value.h"
@@ -31,7 +33,7 @@ CallStatus CVMFuncBitwiseBoolean::ExecuteFunction(CErrorLog& log, CBuiltInFuncti
         LogInvalidFunctionArgumentCount(log, context, 1);
         return CallStatus::Failed;
     }
-    result = arguments[0];
+    result = std::move(arguments[0]);
     // A single argument is the result, whatever the function.
     if (argumentCount == 1) return CallStatus::Continue;
     const FunctionRow* row = FindFunction(kRows, context.GetFunctionId());

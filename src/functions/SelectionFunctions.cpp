@@ -1,6 +1,7 @@
 #include "functions/SelectionFunctions.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "functions/FunctionTable.h"
 #include "value/Value.h"
@@ -11,7 +12,7 @@ using Order = CValue::Order;
 
 CallStatus Select(CErrorLog& /*log*/, CBuiltInFunctionContext& /*context*/, unsigned char /*argumentCount*/,
                   CValue* arguments, CValue& result) {
-    result = arguments[arguments[0].IsZero() ? 1 : 2];
+    result = std::move(arguments[arguments[0].IsZero() ? 1 : 2]);
     return CallStatus::Continue;
 }
 
@@ -19,11 +20,11 @@ CallStatus Select(CErrorLog& /*log*/, CBuiltInFunctionContext& /*context*/, unsi
 template <Order kWanted>
 CallStatus Extreme(CErrorLog& log, CBuiltInFunctionContext& context, unsigned char argumentCount, CValue* arguments,
                    CValue& result) {
-    result = arguments[0];
+    result = std::move(arguments[0]);
     for (unsigned int i = 1; i < argumentCount; ++i) {
         const Order order = arguments[i].CompareValue(log, context, result);
         if (order == Order::Failed) return CallStatus::Failed;
-        if (order == kWanted) result = arguments[i];
+        if (order == kWanted) result = std::move(arguments[i]);
     }
     return CallStatus::Continue;
 }
@@ -38,12 +39,12 @@ CallStatus Limit(CErrorLog& log, CBuiltInFunctionContext& context, unsigned char
     const Order withMinimum = minimum.CompareValue(log, context, in);
     if (withMinimum == Order::Failed) return CallStatus::Failed;
     if (withMinimum == Order::Greater) {
-        result = minimum;
+        result = std::move(minimum);
         return CallStatus::Continue;
     }
     const Order withMaximum = maximum.CompareValue(log, context, in);
     if (withMaximum == Order::Failed) return CallStatus::Failed;
-    if (withMaximum == Order::Less) result = maximum;
+    if (withMaximum == Order::Less) result = std::move(maximum);
     return CallStatus::Continue;
 }
 
@@ -53,7 +54,7 @@ CallStatus Multiplex(CErrorLog& log, CBuiltInFunctionContext& context, unsigned 
     long long selector = 0;
     if (!arguments[0].GetIntegerValue(log, context, selector)) return CallStatus::Failed;
     const long long last = argumentCount - 2;
-    result = arguments[1 + std::clamp(selector, 0LL, last)];
+    result = std::move(arguments[1 + std::clamp(selector, 0LL, last)]);
     return CallStatus::Continue;
 }
 

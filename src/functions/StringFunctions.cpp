@@ -136,7 +136,7 @@ CallStatus Mid(TextCall<Text> call) {
 
 template <typename Text>
 CallStatus Concat(TextCall<Text> call) {
-    CValue text(call.arguments[0]);
+    CValue text(std::move(call.arguments[0]));
     for (unsigned int parameter = 2; parameter <= call.argumentCount; ++parameter) {
         if (!call.ConvertToText(parameter)) return CallStatus::Failed;
         Text::Set(text, Text::Concat(Text::Get(text), call.GetText(parameter)));
@@ -177,9 +177,19 @@ CallStatus Find(TextCall<Text> call) {
     return call.ReturnNumber(Text::Find(call.GetText(1), call.GetText(2)) + 1, ElementaryType::UInt);
 }
 
+struct UpperCase {
+    static char32_t OfAscii(char32_t c) noexcept { return c >= 'a' && c <= 'z' ? c - 'a' + 'A' : c; }
+    static char32_t Of(char32_t codePoint) noexcept { return UnicodeCharTable::ToUpper(codePoint); }
+};
+
+struct LowerCase {
+    static char32_t OfAscii(char32_t c) noexcept { return c >= 'A' && c <= 'Z' ? c - 'A' + 'a' : c; }
+    static char32_t Of(char32_t codePoint) noexcept { return UnicodeCharTable::ToLower(codePoint); }
+};
+
 /// A copy of the text with every code point mapped. The mapped text can be longer: the case of a character may take
 /// more bytes, and what is no character becomes U+FFFD.
-template <typename Text, char32_t (*kMap)(char32_t) noexcept>
+template <typename Case, typename Text>
 CallStatus MapCodePoints(TextCall<Text> call) {
     using Unit = typename Text::Unit;
     const std::span<const Unit> in = call.GetInput();
@@ -187,10 +197,14 @@ CallStatus MapCodePoints(TextCall<Text> call) {
     out.reserve(in.size() + Text::kMaxUnitsOfCodePoint);
     std::size_t at = 0;
     while (at < in.size()) {
+        if (in[at] < 0x80) {
+            out.push_back(static_cast<Unit>(Case::OfAscii(in[at++])));
+            continue;
+        }
         char32_t codePoint = 0;
         at += Text::Decode(&in[at], static_cast<unsigned int>(in.size() - at), codePoint);
         Unit encoded[Text::kMaxUnitsOfCodePoint];
-        const unsigned int count = Text::Encode(kMap(codePoint), encoded);
+        const unsigned int count = Text::Encode(Case::Of(codePoint), encoded);
         out.insert(out.end(), encoded, encoded + count);
     }
     return call.Return(Text::Make(out));
@@ -198,12 +212,12 @@ CallStatus MapCodePoints(TextCall<Text> call) {
 
 template <typename Text>
 CallStatus Upper(TextCall<Text> call) {
-    return MapCodePoints<Text, UnicodeCharTable::ToUpper>(call);
+    return MapCodePoints<UpperCase>(call);
 }
 
 template <typename Text>
 CallStatus Lower(TextCall<Text> call) {
-    return MapCodePoints<Text, UnicodeCharTable::ToLower>(call);
+    return MapCodePoints<LowerCase>(call);
 }
 
 /// Bits of TRIM's MODE.
@@ -302,18 +316,9 @@ CallStatus ExecuteText(CErrorLog& log, CBuiltInFunctionContext& context, unsigne
     return CallFunction(*row, log, context, argumentCount, arguments, result);
 }
 
-/// A byte of a STRING: letters of ASCII only.
-char32_t ToUpperAscii(char32_t byte) noexcept {
-    return byte >= 'a' && byte <= 'z' ? byte - 'a' + 'A' : byte;
-}
-char32_t ToLowerAscii(char32_t byte) noexcept {
-    return byte >= 'A' && byte <= 'Z' ? byte - 'A' + 'a' : byte;
-}
-
-using UnitMapping = char32_t (*)(char32_t) noexcept;
-
-/// UPPER and LOWER of a single unit; there is nothing else for CHAR and WCHAR.
-template <typename Unit, UnitMapping kUpper, UnitMapping kLower>
+/// UPPER and LOWER of a single unit; there is nothing else for CHAR and WCHAR. Of a CHAR only the letters of ASCII have
+/// a case.
+template <typename Unit, char32_t (*kUpper)(char32_t) noexcept, char32_t (*kLower)(char32_t) noexcept>
 CallStatus ExecuteCharacter(CErrorLog& log, CBuiltInFunctionContext& context, const CValue& argument, CValue& result) {
     const unsigned char id = context.GetFunctionId();
     if (id != kUpperId && id != kLowerId) {
@@ -341,10 +346,10 @@ CallStatus CVMFuncString::ExecuteFunction(CErrorLog& log, CBuiltInFunctionContex
         case ElementaryType::String:
         case ElementaryType::WString: return ExecuteText(log, context, argumentCount, arguments, result);
         case ElementaryType::Char:
-            return ExecuteCharacter<unsigned char, ToUpperAscii, ToLowerAscii>(log, context, arguments[0], result);
+            return ExecuteCharacter<unsigned char, UpperCase::OfAscii, LowerCase::OfAscii>(log, context, arguments[0],
+                                                                                           result);
         case ElementaryType::WChar:
-            return ExecuteCharacter<unsigned short, UnicodeCharTable::ToUpper, UnicodeCharTable::ToLower>(
-                log, context, arguments[0], result);
+            return ExecuteCharacter<unsigned short, UpperCase::Of, LowerCase::Of>(log, context, arguments[0], result);
         default:
             return StatusOf(Fail<Message::StringOperationNotSupported>(log, context, arguments[0].GetTypeName(false)));
     }
