@@ -262,7 +262,8 @@ TEST_F(ValueConvert, TextThatIsNoLiteralStaysAndIsReported) {
 TEST_F(ValueConvert, AtMost63BytesOfTextTakePart) {
     const std::string zeros(62, '0');
     std::uint64_t nineAnd62Zeros = 9;
-    for (int i = 0; i < 62; ++i) nineAnd62Zeros *= 10;  // wraps, as the digits of a literal do
+    for (int i = 0; i < 62; ++i)
+        nineAnd62Zeros *= 10;  // wraps, as the digits of a literal do
     struct Row {
         std::string text;
         long long expected;
