@@ -10,24 +10,25 @@ std::size_t allocationCount = 0;
 
 }  // namespace
 
-void* operator new(std::size_t size) {
+// Not inlined, so that no compiler sees memory of malloc() meet another release function.
+[[gnu::noinline]] void* operator new(std::size_t size) {
     ++allocationCount;
     if (void* memory = std::malloc(size)) return memory;
     throw std::bad_alloc();
 }
-void* operator new[](std::size_t size) {
+[[gnu::noinline]] void* operator new[](std::size_t size) {
     return operator new(size);
 }
-void operator delete(void* memory) noexcept {
+[[gnu::noinline]] void operator delete(void* memory) noexcept {
     std::free(memory);
 }
-void operator delete(void* memory, std::size_t) noexcept {
+[[gnu::noinline]] void operator delete(void* memory, std::size_t) noexcept {
     std::free(memory);
 }
-void operator delete[](void* memory) noexcept {
+[[gnu::noinline]] void operator delete[](void* memory) noexcept {
     std::free(memory);
 }
-void operator delete[](void* memory, std::size_t) noexcept {
+[[gnu::noinline]] void operator delete[](void* memory, std::size_t) noexcept {
     std::free(memory);
 }
 
