@@ -27,6 +27,14 @@ bool HasTypePrefix(const std::string& text) {
     return type.IsDefined();
 }
 
+/// Stands before each text while the command line is parsed.
+constexpr char kTextMask = 1;
+
+/// "--type", "-h"; a negative number is none.
+bool LooksLikeOption(std::string_view argument) {
+    return argument.size() > 1 && argument[0] == '-' && (argument[1] < '0' || argument[1] > '9') && argument[1] != '.';
+}
+
 /// A digit and behind it the E of an exponent.
 bool HasExponent(std::string_view text) {
     for (std::size_t at = text.find_first_of("eE"); at != std::string_view::npos;
@@ -118,6 +126,24 @@ ElementaryType GuessLiteralType(std::string_view text) {
     return looksReal && text.find("16#") == std::string_view::npos ? ElementaryType::LReal : ElementaryType::Undefined;
 }
 
+void MaskLiteralTexts(std::vector<std::string>& arguments) {
+    bool onlyTexts = false;
+    bool isValue = false;
+    std::vector<std::string> masked;
+    for (std::string& argument : arguments) {
+        const bool isOption = !onlyTexts && LooksLikeOption(argument);
+        if (isOption && argument == "--") {
+            onlyTexts = true;
+        } else if (isOption || isValue) {
+            isValue = isOption && argument == "--type";
+            masked.push_back(std::move(argument));
+        } else {
+            masked.push_back(kTextMask + argument);
+        }
+    }
+    arguments = std::move(masked);
+}
+
 int ShowLiterals(const LiteralOptions& options, std::ostream& output, std::ostream& messages) {
     JsonWriter json(output);
     int exitStatus = kExitSuccess;
@@ -147,7 +173,7 @@ void AddLiteralCommand(CLI::App& app, int& exitStatus) {
     };
     auto arguments = std::make_shared<Arguments>();
     CLI::App* command = app.add_subcommand("literal", "Parse literals and show them in every form");
-    const CLI::Option* texts = command->add_option("TEXT", "literals")->required()->expected(-1);
+    command->add_option("TEXT", arguments->options.texts, "literals")->required();
     command->add_option("--type", arguments->typeName, "elementary type, default: as the text says")
         ->check(CLI::Validator(
             [](const std::string& name) {
@@ -156,8 +182,9 @@ void AddLiteralCommand(CLI::App& app, int& exitStatus) {
             },
             ""));
     command->add_flag("--json", arguments->options.json, "JSON, a line per literal");
-    command->callback([arguments, texts, &exitStatus] {
-        arguments->options.texts = texts->results();
+    command->callback([arguments, &exitStatus] {
+        for (std::string& text : arguments->options.texts)
+            text.erase(0, 1);  // the mask
         arguments->options.type = CValueType::FindType(arguments->typeName);
         exitStatus = ShowLiterals(arguments->options, std::cout, std::cerr);
     });

@@ -20,6 +20,10 @@ struct LiteralOptions {
 /// integer, which finds its own.
 [[nodiscard]] ElementaryType GuessLiteralType(std::string_view text);
 
+/// Marks the texts among the arguments behind `literal`, so that the parser of the command line takes each as it is: a
+/// negative number is no option, [a,b] and {} are no lists, and everything behind `--` is a text.
+void MaskLiteralTexts(std::vector<std::string>& arguments);
+
 /// Parses each text and shows it in every form; the exit status.
 int ShowLiterals(const LiteralOptions& options, std::ostream& output, std::ostream& messages);
 

@@ -145,7 +145,12 @@ void AddEntryOptions(CLI::App& command, RunOptions& options) {
 
 void AddScanOptions(CLI::App& command, RunOptions& options) {
     command.add_option("--limit", options.instructionLimit, "instruction limit of a scan")->capture_default_str();
-    command.add_option("--scans", options.scans, "how often to run on the same data")->capture_default_str();
+    const auto noSign = [](const std::string& text) {
+        return text.starts_with('-') ? "a number without a sign expected" : std::string();
+    };
+    command.add_option("--scans", options.scans, "how often to run on the same data")
+        ->capture_default_str()
+        ->check(CLI::Validator(noSign, ""));
     command.add_option("--timestamp", options.timestampMS, "time of the first scan, default: the clock")
         ->type_name("MS");
     command.add_option("--step", options.stepMS, "time from scan to scan")->type_name("MS")->capture_default_str();

@@ -242,7 +242,7 @@ TEST_F(RunCommandTest, TextThatIsNotUtf8StillMakesValidJson) {
 
 TEST_F(RunCommandTest, TimestampsAdvanceByTheStep) {
     TestImage image;
-    image.code = {20, 11, 0, 1, 12};  // SYS_GET_TIMESTAMP ArgCount 1, RET
+    image.code = {20, 11, 1, 1, 12};  // SYS_GET_TIMESTAMP ArgCount 1, RET
     image.programs = {{"Main", 0}};
     options_.timestampMS = 86400000;
     options_.stepMS = 1500;
@@ -471,10 +471,13 @@ TEST(ToolCommandLine, WrongUsageIsTwoAndHelpIsSuccess) {
 TEST(ToolCommandLine, LiteralTextsAreTakenAsTheyAre) {
     std::string output;
     std::string messages;
-    EXPECT_EQ(RunLine({"literal", "--json", "-5", "+1.5", "--", "-1", "--type"}, output, messages), 1);
-    EXPECT_THAT(output, HasSubstr(R"({"text":"-5","type":"DINT")"));
+    EXPECT_EQ(
+        RunLine({"literal", "--json", "-5", "+1.5", "-.5", "--type", "LREAL", "--", "-1", "--type"}, output, messages),
+        1);
+    EXPECT_THAT(output, HasSubstr(R"({"text":"-5","type":"LREAL")"));
+    EXPECT_THAT(output, HasSubstr(R"({"text":"-.5","type":"LREAL")"));
     EXPECT_THAT(output, HasSubstr(R"({"text":"+1.5","type":"LREAL")"));
-    EXPECT_THAT(output, HasSubstr(R"({"text":"-1","type":"DINT")"));
+    EXPECT_THAT(output, HasSubstr(R"({"text":"-1","type":"LREAL")"));
     EXPECT_THAT(output, HasSubstr(R"({"text":"--type","errors")"));
     for (const char* text : {"", "{}", "[1,2]", "%%", "'a,b'", "run"}) {
         SCOPED_TRACE(text);

@@ -1,8 +1,14 @@
 #include "tools/Tool.h"
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <exception>
 #include <iostream>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "tools/LiteralCommand.h"
 
 namespace tn61131 {
 namespace {
@@ -11,6 +17,16 @@ namespace {
 int ReportParseResult(const CLI::App& app, const CLI::ParseError& error) {
     const int parserStatus = app.exit(error, std::cout, std::cerr);
     return parserStatus == static_cast<int>(CLI::ExitCodes::Success) ? kExitSuccess : kExitUsage;
+}
+
+/// The arguments as the parser takes them, last first.
+std::vector<std::string> ArgumentsForParser(int argc, const char* const* argv) {
+    constexpr std::string_view kLiteralCommand = "literal";
+    std::vector<std::string> arguments(argv + std::min(argc, 2), argv + argc);
+    if (argc > 1 && argv[1] == kLiteralCommand) MaskLiteralTexts(arguments);
+    std::reverse(arguments.begin(), arguments.end());
+    if (argc > 1) arguments.emplace_back(argv[1]);
+    return arguments;
 }
 
 }  // namespace
@@ -23,7 +39,7 @@ int RunTool(int argc, const char* const* argv) {
         AddRunCommand(app, exitStatus);
         AddLiteralCommand(app, exitStatus);
         try {
-            app.parse(argc, argv);
+            app.parse(ArgumentsForParser(argc, argv));
         } catch (const CLI::ParseError& error) {
             return ReportParseResult(app, error);
         }

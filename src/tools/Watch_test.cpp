@@ -32,14 +32,16 @@ std::vector<std::string> NamesOf(const std::vector<WatchedVariable>& variables) 
 CSymbolMap MakeMap() {
     const SymbolType intType = SymbolType::MakeElementary(ElementaryType::Int);
     CSymbolMap map;
-    map.AddVariable({.name = "run", .offset = 0, .type = SymbolType::MakeElementary(ElementaryType::Bool)});
+    map.AddVariable(
+        {.scope = "", .name = "run", .offset = 0, .type = SymbolType::MakeElementary(ElementaryType::Bool)});
     map.AddVariable(
         {.scope = "Main", .name = "t", .offset = 1, .type = SymbolType::MakeStruct(FindStandardBlockStruct("R_TRIG"))});
     map.AddVariable(
         {.scope = "Main", .name = "grid", .offset = 6, .type = SymbolType::MakeArray({{1, 2}, {-1, 0}}, intType)});
     map.AddVariable({.scope = "F", .name = "local", .location = LocationKind::Local, .type = intType});
-    map.AddVariable({.name = "speed", .location = LocationKind::Tag, .offset = 2, .tagId = 7, .type = intType});
-    map.AddVariable({.name = "limit", .location = LocationKind::GlobalConstant, .type = intType});
+    map.AddVariable(
+        {.scope = "", .name = "speed", .location = LocationKind::Tag, .offset = 2, .tagId = 7, .type = intType});
+    map.AddVariable({.scope = "", .name = "limit", .location = LocationKind::GlobalConstant, .type = intType});
     return map;
 }
 
