@@ -10,16 +10,17 @@ namespace {
 std::size_t allocations = 0;
 }  // namespace
 
-void* operator new(std::size_t size) {
+// Not inlined: GCC 12 would see a free() of what it takes for the standard operator's memory.
+__attribute__((noinline)) void* operator new(std::size_t size) {
     ++allocations;
     void* memory = std::malloc(size == 0 ? 1 : size);
     if (memory == nullptr) throw std::bad_alloc();
     return memory;
 }
-void operator delete(void* memory) noexcept {
+__attribute__((noinline)) void operator delete(void* memory) noexcept {
     std::free(memory);
 }
-void operator delete(void* memory, std::size_t) noexcept {
+__attribute__((noinline)) void operator delete(void* memory, std::size_t) noexcept {
     std::free(memory);
 }
 
