@@ -12,9 +12,10 @@
 namespace {
 
 class FileTest : public ::testing::Test {
- protected:
+ public:
     ~FileTest() override { (void)std::remove(path_.c_str()); }
 
+ protected:
     [[nodiscard]] CTNFilePath Written(const std::string& content) const {
         std::ofstream(path_, std::ios::binary) << content;
         return CTNFilePath(path_);

@@ -136,8 +136,11 @@ int Compare(Units<unsigned char> left, Units<unsigned char> right) noexcept {
 }
 
 int Compare(Units<unsigned short> left, Units<unsigned short> right) noexcept {
-    const auto [atLeft, atRight] = std::mismatch(left.begin(), left.end(), right.begin(), right.end());
-    if (atLeft == left.end() || atRight == right.end()) return CompareLengths(left.size(), right.size());
+    const std::size_t common = std::min(left.size(), right.size());
+    // Little-endian units do not order as their bytes do, but they are equal as their bytes are.
+    if (common == 0 || std::memcmp(left.data(), right.data(), common * sizeof left[0]) == 0)
+        return CompareLengths(left.size(), right.size());
+    const auto [atLeft, atRight] = std::mismatch(left.begin(), left.end(), right.begin());
     return *atLeft < *atRight ? -1 : 1;
 }
 

@@ -93,17 +93,29 @@ std::span<const unsigned short> NextSequence(std::span<const unsigned short> tex
     return text.first(tn_decode_utf16(text.data(), static_cast<unsigned int>(text.size()), codePoint));
 }
 
+/// Writes the leading characters that need no escape and returns how many.
+std::size_t PutPlainRun(BufferedWriter& writer, std::span<const unsigned char> text, char delimiter) {
+    const auto end = std::find_if_not(text.begin(), text.end(),
+                                      [delimiter](unsigned char byte) { return IsPlainAscii(byte, delimiter); });
+    const auto size = static_cast<std::size_t>(end - text.begin());
+    writer.PutText({reinterpret_cast<const char*>(text.data()), size});
+    return size;
+}
+std::size_t PutPlainRun(BufferedWriter& writer, std::span<const unsigned short> text, char delimiter) {
+    std::size_t size = 0;
+    for (; size < text.size() && IsPlainAscii(text[size], delimiter); ++size)
+        writer.Put(static_cast<char>(text[size]));
+    return size;
+}
+
 /// The text in the delimiter, each unit that needs it escaped with two hexadecimal digits to a byte.
 template <typename Unit>
 void PrintQuoted(CTextOutput& output, std::span<const Unit> text, char delimiter) {
     BufferedWriter writer(output);
     writer.Put(delimiter);
     while (!text.empty()) {
-        if (IsPlainAscii(text.front(), delimiter)) {
-            writer.Put(static_cast<char>(text.front()));
-            text = text.subspan(1);
-            continue;
-        }
+        text = text.subspan(PutPlainRun(writer, text, delimiter));
+        if (text.empty()) break;
         char32_t codePoint = 0;
         const std::span<const Unit> sequence = NextSequence(text, codePoint);
         text = text.subspan(sequence.size());
@@ -124,7 +136,8 @@ void PrintQuoted(CTextOutput& output, std::span<const Unit> text, char delimiter
 /// What a string object can hold at most, so that the length fits an unsigned int.
 unsigned int BoundedLength(std::string_view text) noexcept {
     // A UTF-16 unit takes at most three bytes; a little more keeps the last character whole.
-    return static_cast<unsigned int>(std::min<std::size_t>(text.size(), 4 * (kMaxStringUnits + 1)));
+    constexpr unsigned int kMostBytes = 4 * (kMaxStringUnits + 1);
+    return static_cast<unsigned int>(std::min<std::size_t>(text.size(), kMostBytes));
 }
 
 }  // namespace

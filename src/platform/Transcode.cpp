@@ -66,11 +66,11 @@ Decoded DecodeMultiByte(const unsigned char* data, std::size_t count) noexcept {
     return {codePoint, lead.length};
 }
 
-Decoded Decode(const unsigned char* data, std::size_t count) noexcept {
+inline Decoded Decode(const unsigned char* data, std::size_t count) noexcept {
     return data[0] < 0x80 ? Decoded{data[0], 1} : DecodeMultiByte(data, count);
 }
 
-Decoded Decode(const unsigned short* units, std::size_t count) noexcept {
+inline Decoded Decode(const unsigned short* units, std::size_t count) noexcept {
     const unsigned short unit = units[0];
     if (!IsSurrogate(unit)) return {unit, 1};
     if (IsHighSurrogate(unit) && count > 1 && IsLowSurrogate(units[1])) {
@@ -154,10 +154,11 @@ std::size_t EncodedLength(const From* in, std::size_t count) noexcept {
         const std::size_t ascii = AsciiPrefix(in + at, count - at);
         length += ascii;
         at += ascii;
-        if (at == count) break;
-        const Decoded decoded = Decode(in + at, count - at);
-        length += EncodedSize(decoded.codePoint, static_cast<const To*>(nullptr));
-        at += decoded.size;
+        while (at < count && in[at] >= 0x80) {
+            const Decoded decoded = Decode(in + at, count - at);
+            length += EncodedSize(decoded.codePoint, static_cast<const To*>(nullptr));
+            at += decoded.size;
+        }
     }
     return length;
 }
@@ -171,13 +172,15 @@ std::size_t TranscodeBounded(To* out, std::size_t capacity, const From* in, std:
         CopyAscii(out + written, in + at, ascii);
         written += ascii;
         at += ascii;
-        if (at == count || written == capacity) break;
-        const Decoded decoded = Decode(in + at, count - at);
-        const std::size_t size = EncodedSize(decoded.codePoint, out);
-        if (capacity - written < size) break;
-        Encode(decoded.codePoint, out + written);
-        written += size;
-        at += decoded.size;
+        if (written == capacity) break;
+        while (at < count && in[at] >= 0x80) {
+            const Decoded decoded = Decode(in + at, count - at);
+            const std::size_t size = EncodedSize(decoded.codePoint, out);
+            if (capacity - written < size) return written;
+            Encode(decoded.codePoint, out + written);
+            written += size;
+            at += decoded.size;
+        }
     }
     return written;
 }
@@ -185,12 +188,12 @@ std::size_t TranscodeBounded(To* out, std::size_t capacity, const From* in, std:
 template <typename Unit>
 unsigned int CountCodePoints(const Unit* units, std::size_t count) noexcept {
     std::size_t codePoints = 0;
-    for (std::size_t at = 0; at < count; ++codePoints) {
+    for (std::size_t at = 0; at < count;) {
         const std::size_t ascii = AsciiPrefix(units + at, count - at);
         codePoints += ascii;
         at += ascii;
-        if (at == count) break;
-        at += Decode(units + at, count - at).size;
+        for (; at < count && units[at] >= 0x80; ++codePoints)
+            at += Decode(units + at, count - at).size;
     }
     return static_cast<unsigned int>(codePoints);
 }
