@@ -4,7 +4,6 @@
 #include <string>
 
 #include <rapidjson/error/en.h>
-#include <rapidjson/memorystream.h>
 #include <rapidjson/reader.h>
 
 #include "platform/JSONValue.h"
@@ -19,6 +18,9 @@ constexpr const char* kLoneSurrogate = "The string escapes a surrogate without i
 constexpr const char* kTooLong = "The text is longer than 4 GiB.";
 constexpr const char* kTextAfterValue = "The document root must not be followed by other values.";
 static_assert(JSONParseContext::kMaxDepth == 1000, "kTooDeep states it");
+
+// How far the parser reads behind the NUL that ends its text: in search of the rest of a UTF-8 sequence that is cut.
+constexpr std::size_t kLookahead = 4;
 
 // A number of the grammar, which is a subset of what from_chars() takes.
 std::optional<double> ReadNumber(std::string_view digits) noexcept {
@@ -41,8 +43,7 @@ bool HasSurrogate(std::string_view text) noexcept {
     return false;
 }
 
-// Takes the parser's events and builds the value. Containers that are still open lie on a stack of their own, so that
-// the depth of the text costs no call depth.
+// Takes the parser's events and builds the value. Containers that are still open lie on a stack.
 class TreeBuilder {
  public:
     bool Null() { return Add(JSONValue()); }
@@ -115,14 +116,17 @@ class TreeBuilder {
 }  // namespace
 
 bool JSONValue::Parse(JSONParseContext& context) {
+    // In situ on a copy: the parser then needs no stack of its own, which computes with null pointers. It calls itself
+    // for each level, some 200 bytes that the builder's limit bounds.
     constexpr unsigned kFlags =
-        rapidjson::kParseIterativeFlag | rapidjson::kParseNumbersAsStringsFlag | rapidjson::kParseValidateEncodingFlag;
-    const std::string_view text = context.GetText();
-    if (text.size() > UINT32_MAX) {
+        rapidjson::kParseInsituFlag | rapidjson::kParseNumbersAsStringsFlag | rapidjson::kParseValidateEncodingFlag;
+    if (context.GetText().size() > UINT32_MAX) {
         context.ReportError(0, kTooLong);
         return false;
     }
-    rapidjson::MemoryStream stream(text.data(), text.size());
+    std::string text(context.GetText());
+    text.append(kLookahead, '\0');
+    rapidjson::InsituStringStream stream(text.data());
     rapidjson::Reader reader;
     TreeBuilder builder;
     const rapidjson::ParseResult result = reader.Parse<kFlags>(stream, builder);
@@ -132,7 +136,7 @@ bool JSONValue::Parse(JSONParseContext& context) {
         return false;
     }
     // The parser takes a NUL for the end of the text.
-    if (stream.Tell() != text.size()) {
+    if (stream.Tell() != context.GetText().size()) {
         context.ReportError(stream.Tell(), kTextAfterValue);
         return false;
     }

@@ -199,9 +199,23 @@ TEST(JSONParse, DepthIsLimited) {
     EXPECT_TRUE(Parse(Nested(JSONParseContext::kMaxDepth)).ok);
     const Parsed tooDeep = Parse(Nested(JSONParseContext::kMaxDepth + 1));
     EXPECT_FALSE(tooDeep.ok);
-    EXPECT_EQ(tooDeep.errors, "JSON, line 1, column 1001: Nesting is deeper than 1000 levels.\n");
+    EXPECT_EQ(tooDeep.errors, "JSON, line 1, column 1002: Nesting is deeper than 1000 levels.\n");
     EXPECT_FALSE(Parse(std::string(1'000'000, '[')).ok);
     EXPECT_FALSE(Parse(std::string(1'000'000, '{')).ok);
+}
+
+// Found by fuzzing: the parser's own stack added to a null pointer.
+TEST(JSONParse, TextBehindTheFirstCharacterOfAString) {
+    EXPECT_FALSE(Parse("\"\u00e9\U0001F600\\\\\\/\"\xff").ok);
+    EXPECT_TRUE(Parse("\"\u00e9\U0001F600\\\\\\/\"").ok);
+}
+
+// Found by fuzzing: the parser looks for the rest of a character behind the end of the text.
+TEST(JSONParse, TextThatEndsInsideACharacter) {
+    for (const char* text : {"\"\xc3", "\"\xe2\x82", "\"\xf0", "\"\xf0\x9f", "\"\xf0\x9f\x98", "[0,\"\xf0,"}) {
+        SCOPED_TRACE(text);
+        EXPECT_FALSE(Parse(text).ok);
+    }
 }
 
 TEST(JSONParse, LocaleOfTheHostDoesNotMatter) {
