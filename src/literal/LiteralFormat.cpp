@@ -1,40 +1,90 @@
+#include <array>
+#include <charconv>
+#include <concepts>
 #include <cstdint>
 #include <limits>
+#include <string_view>
+#include <type_traits>
 
 #include "platform/CharTable.h"
 #include "platform/TextOutput.h"
 #include "platform/Time.h"
 #include "platform/Transcode.h"
 #include "value/CompositeValue.h"
+#include "value/PayloadTypes.h"
 #include "value/TypeTable.h"
 #include "value/VMTypeValue.h"
 #include "value/ValueLiteral.h"
 
 namespace {
 
-// Two's complement of `size` bytes at the start of a payload.
-std::int64_t ReadSigned(const CValueLiteral& value, unsigned int size) noexcept {
-    switch (size) {
-        case 1: return value.GetPayload<std::int8_t>();
-        case 2: return value.GetPayload<std::int16_t>();
-        case 4: return value.GetPayload<std::int32_t>();
-        default: return value.GetPayload<std::int64_t>();
+// A short text in the making, to be written in one piece.
+class ShortText {
+ public:
+    [[nodiscard]] std::string_view View() const noexcept { return {text_.data(), count_}; }
+    ShortText& Append(std::string_view text) noexcept {
+        count_ += text.copy(text_.data() + count_, text_.size() - count_);
+        return *this;
     }
+    template <std::integral T>
+    ShortText& AppendNumber(T number) noexcept {
+        const auto result = std::to_chars(text_.data() + count_, text_.data() + text_.size(), number);
+        count_ = static_cast<std::size_t>(result.ptr - text_.data());
+        return *this;
+    }
+    // With leading zeros to `width` digits, at most ten.
+    ShortText& AppendPadded(std::uint32_t number, std::size_t width) noexcept {
+        std::array<char, 10> digits;
+        std::size_t first = digits.size();
+        for (; number != 0 || digits.size() - first < width; number /= 10)
+            digits[--first] = static_cast<char>('0' + number % 10);
+        return Append({digits.data() + first, digits.size() - first});
+    }
+    ShortText& AppendHex(std::uint64_t number) noexcept {
+        std::array<char, 16> digits;
+        std::size_t first = digits.size();
+        do {
+            digits[--first] = "0123456789ABCDEF"[number % 16];
+            number /= 16;
+        } while (number != 0);
+        return Append({digits.data() + first, digits.size() - first});
+    }
+
+ private:
+    // The longest is a TIME: "-106751991167d23h59m59s999ms".
+    std::array<char, 48> text_;
+    std::size_t count_ = 0;
+};
+
+// Reads the payload of an integer, bit string or time type in its width.
+template <typename Visitor>
+void WithInteger(const CValueLiteral& value, Visitor visit) {
+    tn61131::WithScalar(value.GetType(), [&]<typename T>(tn61131::PayloadTag<T>) {
+        if constexpr (std::is_integral_v<T>) visit(value.GetPayload<T>());
+    });
 }
 
-std::uint64_t ReadUnsigned(const CValueLiteral& value, unsigned int size) noexcept {
-    switch (size) {
-        case 1: return value.GetPayload<std::uint8_t>();
-        case 2: return value.GetPayload<std::uint16_t>();
-        case 4: return value.GetPayload<std::uint32_t>();
-        default: return value.GetPayload<std::uint64_t>();
-    }
+void PrintDecimal(const CValueLiteral& value, CTextOutput& output) {
+    WithInteger(value, [&](auto number) { output.Write(ShortText().AppendNumber(number).View()); });
+}
+
+void PrintHex(const CValueLiteral& value, CTextOutput& output) {
+    WithInteger(value, [&](auto number) {
+        output.Write(ShortText().Append("16#").AppendHex(static_cast<std::uint64_t>(number)).View());
+    });
 }
 
 // Hours are not reduced to a day: 25 hours print as 25:00:00.000.
 void PrintTimeOfDay(std::uint32_t milliseconds, CTextOutput& output) {
-    output.Print("%02u:%02u:%02u.%03u", milliseconds / 3'600'000, milliseconds / 60'000 % 60, milliseconds / 1'000 % 60,
-                 milliseconds % 1'000);
+    ShortText text;
+    text.AppendPadded(milliseconds / 3'600'000, 2)
+        .Append(":")
+        .AppendPadded(milliseconds / 60'000 % 60, 2)
+        .Append(":")
+        .AppendPadded(milliseconds / 1'000 % 60, 2)
+        .Append(".")
+        .AppendPadded(milliseconds % 1'000, 3);
+    output.Write(text.View());
 }
 
 void PrintChar(unsigned char byte, CTextOutput& output) {
@@ -73,6 +123,11 @@ void PrintUnits(std::span<const unsigned short> units, CTextOutput& output) {
     }
 }
 
+void PrintPrefix(const CValueType& type, CTextOutput& output) {
+    output.Write(type.GetTypeName(true));
+    output.WriteChar('#');
+}
+
 std::int64_t TicksFromDays(std::uint32_t days) noexcept {
     constexpr std::int64_t kLast = std::numeric_limits<std::int64_t>::max();
     return days > kLast / kTicksPerDay ? kLast : days * kTicksPerDay;
@@ -87,15 +142,15 @@ void CValueLiteral::GetAsText(const CTNTimeZone* /*timeZone*/, CTextOutput& outp
         case ElementaryType::SInt:
         case ElementaryType::Int:
         case ElementaryType::DInt:
-        case ElementaryType::LInt: output.Print("%lld", ReadSigned(*this, GetSize())); break;
+        case ElementaryType::LInt:
         case ElementaryType::USInt:
         case ElementaryType::UInt:
         case ElementaryType::UDInt:
-        case ElementaryType::ULInt: output.Print("%llu", ReadUnsigned(*this, GetSize())); break;
+        case ElementaryType::ULInt: PrintDecimal(*this, output); break;
         case ElementaryType::Byte:
         case ElementaryType::Word:
         case ElementaryType::DWord:
-        case ElementaryType::LWord: output.Print("16#%llX", ReadUnsigned(*this, GetSize())); break;
+        case ElementaryType::LWord: PrintHex(*this, output); break;
         case ElementaryType::Real: output.PrintFloat(GetPayload<float>()); break;
         case ElementaryType::LReal: output.PrintDouble(GetPayload<double>()); break;
         case ElementaryType::Time: GetTimeAsText(output); break;
@@ -123,12 +178,12 @@ void CValueLiteral::GetAsText(const CTNTimeZone* /*timeZone*/, CTextOutput& outp
 }
 
 void CValueLiteral::GetAsLiteral(CTextOutput& output) const {
-    if (IsDefined() && RequiresTypePrefix()) output.Print("%s#", GetTypeName(true));
+    if (IsDefined() && RequiresTypePrefix()) PrintPrefix(*this, output);
     GetAsText(nullptr, output);
 }
 
 void CValueLiteral::GetDeclaration(CTextOutput& output) const {
-    if (IsDefined()) output.Print("%s#", GetTypeName(true));
+    if (IsDefined()) PrintPrefix(*this, output);
     GetAsText(nullptr, output);
 }
 
@@ -136,26 +191,27 @@ void CValueLiteral::GetDeclaration(CTextOutput& output) const {
 void CValueLiteral::GetTimeAsText(CTextOutput& output) const {
     struct Unit {
         std::uint64_t milliseconds;
-        const char* format;
+        std::string_view name;
     };
-    static constexpr Unit kUnits[] = {
-        {86'400'000, "%llud"}, {3'600'000, "%lluh"}, {60'000, "%llum"}, {1'000, "%llus"}, {1, "%llums"}};
+    static constexpr Unit kUnits[] = {{86'400'000, "d"}, {3'600'000, "h"}, {60'000, "m"}, {1'000, "s"}, {1, "ms"}};
 
     const auto duration = GetPayload<std::int64_t>();
     if (duration == 0) {
         output.Write("0s");
         return;
     }
+    ShortText text;
     auto rest = static_cast<std::uint64_t>(duration);
     if (duration < 0) {
-        output.WriteChar('-');
+        text.Append("-");
         rest = 0 - rest;
     }
     for (const Unit& unit : kUnits) {
         const std::uint64_t count = rest / unit.milliseconds;
-        if (count != 0) output.Print(unit.format, count);
+        if (count != 0) text.AppendNumber(count).Append(unit.name);
         rest %= unit.milliseconds;
     }
+    output.Write(text.View());
 }
 
 void CValueLiteral::GetDateAsText(CTextOutput& output) const {

@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -93,7 +94,12 @@ std::optional<unsigned short> ReadEscape(std::string_view& escape) noexcept {
 template <typename Text>
 bool ReadContent(std::string_view content, std::vector<typename Text::Unit>& units, std::string_view& invalid) {
     units.reserve(content.size());
+    const auto isSpecial = [](char c) { return c == '$' || static_cast<unsigned char>(c) >= 0x80; };
     while (!content.empty()) {
+        const auto plainEnd = std::find_if(content.begin(), content.end(), isSpecial);
+        units.insert(units.end(), content.begin(), plainEnd);
+        content.remove_prefix(static_cast<std::size_t>(plainEnd - content.begin()));
+        if (content.empty()) break;
         if (content.front() == '$') {
             std::string_view escape = content;
             const std::optional<unsigned short> unit = ReadEscape<Text>(escape);

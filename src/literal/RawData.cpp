@@ -42,24 +42,12 @@ unsigned int CValueLiteral::GetRawDataSize() const noexcept {
     }
 }
 
-bool CValueLiteral::GetRawData(unsigned char* buffer, std::size_t bufferSize) const noexcept {
+bool CValueLiteral::GetUnevenBytes(unsigned char* buffer, std::size_t bufferSize) const noexcept {
     switch (type_) {
         case ElementaryType::Undefined: return true;
-        // As IsZero() has it: a payload byte other than 1 is FALSE.
-        case ElementaryType::Bool: buffer[0] = payload_[0] == 1; return true;
+        case ElementaryType::Type: std::memcpy(buffer, payload_, sizeof(CVMTypeValue)); return true;
         case ElementaryType::String: return WriteCounted(GetUnits(GetUtf8String()), buffer, bufferSize);
         case ElementaryType::WString: return WriteCounted(GetUnits(GetUtf16String()), buffer, bufferSize);
-        case ElementaryType::Pointer:
-            if (bufferSize < sizeof(PointerValue)) return false;
-            break;
-        default: break;
-    }
-    switch (GetSize()) {
-        case 1: std::memcpy(buffer, payload_, 1); return true;
-        case 2: std::memcpy(buffer, payload_, 2); return true;
-        case 3: std::memcpy(buffer, payload_, 3); return true;
-        case 4: std::memcpy(buffer, payload_, 4); return true;
-        case 8: std::memcpy(buffer, payload_, 8); return true;
         default: return false;
     }
 }

@@ -93,7 +93,8 @@ class TN61131_API CValueLiteral : public CValueType {
     bool StringToDateAndTime(CErrorLog& log, const ErrorLocation& location, const char* text);
     bool StringToPointer(CErrorLog& log, const ErrorLocation& location, const char* text);
     bool StringToType(CErrorLog& log, const ErrorLocation& location, const char* text);
-    /// LREAL from a number, BOOL from a boolean, WSTRING from a string; from anything else a WSTRING with its JSON text.
+    /// LREAL from a number, BOOL from a boolean, WSTRING from a string; from anything else a WSTRING with its JSON
+    /// text.
     void SetFromJSONValue(const JSONValue* json);
     /// Sign, number and radix at the start of `text`; what follows is not looked at. False when there is no digit.
     static bool ParseSignedInteger(const char* text, bool& negative, unsigned long long& magnitude, int& radix);
@@ -120,7 +121,19 @@ class TN61131_API CValueLiteral : public CValueType {
     /// Strings write what fits of `bufferSize` with a count that says so. Fixed-size types write their whole size
     /// whatever `bufferSize` says: the buffer must have that room. False, nothing written: types without a raw form, a
     /// POINTER into fewer than 8 bytes, a string into fewer than 2.
-    bool GetRawData(unsigned char* buffer, std::size_t bufferSize) const noexcept;
+    bool GetRawData(unsigned char* buffer, std::size_t bufferSize) const noexcept {
+        switch (GetSize()) {
+            // As IsZero() has it: a payload byte other than 1 is FALSE.
+            case 1: buffer[0] = type_ == ElementaryType::Bool ? payload_[0] == 1 : payload_[0]; return true;
+            case 2: std::memcpy(buffer, payload_, 2); return true;
+            case 4: std::memcpy(buffer, payload_, 4); return true;
+            case 8:
+                if (type_ == ElementaryType::Pointer && bufferSize < sizeof(PointerValue)) return false;
+                std::memcpy(buffer, payload_, 8);
+                return true;
+            default: return GetUnevenBytes(buffer, bufferSize);
+        }
+    }
     /// Reads a value of a type. Fixed-size types take their size; strings take the count that stands in front, cut to
     /// what `size` bytes hold, count included. The caller owns that many bytes. False, and undefined, for types without
     /// a raw form and a string in fewer than 2 bytes. A BOOL is TRUE for every byte other than 0.
@@ -179,7 +192,8 @@ class TN61131_API CValueLiteral : public CValueType {
     /// StringToString() and StringToWString(): `Text` says how the two differ.
     template <typename Text>
     bool ParseCharacters(CErrorLog& log, const ErrorLocation& location, const char* text);
-    /// SetFromDataBytes() for the types that are no 1, 2, 4 or 8 bytes wide.
+    // GetRawData() and SetFromDataBytes() for the types that are not 1, 2, 4 or 8 bytes wide.
+    bool GetUnevenBytes(unsigned char* buffer, std::size_t bufferSize) const noexcept;
     bool SetFromUnevenBytes(ElementaryType type, const unsigned char* data, unsigned int size);
 
     alignas(8) unsigned char payload_[8];

@@ -103,6 +103,14 @@ bool SkipPrefix(const char*& text, const char* name) noexcept {
     return true;
 }
 
+/// Whether there is a prefix at all: letters and underscores, of which every name consists, and a "#". Most texts have
+/// none and need no search.
+bool HasPrefix(const char* text) noexcept {
+    while ((*text >= 'A' && *text <= 'Z') || (*text >= 'a' && *text <= 'z') || *text == '_')
+        ++text;
+    return *text == '#';
+}
+
 }  // namespace
 
 // Abbreviations follow their long names: the search takes the first row that fits.
@@ -146,7 +154,7 @@ ElementaryType CValueType::FindType(const std::string& name) {
 }
 
 void CValueType::ParseTypePrefix(const char*& text) noexcept {
-    if (text == nullptr) return;
+    if (text == nullptr || !HasPrefix(text)) return;
     for (const TypeInformation& row : m_TypeInformation) {
         if (!SkipPrefix(text, row.name)) continue;
         type_ = row.type;
