@@ -20,9 +20,7 @@ std::uint32_t HexNumber(std::string_view digits) {
 }  // namespace
 
 CAsmCode::CAsmCode(CSourceCursor& cursor, const CStructTable& structs, const CSymbolMap& globals, std::uint32_t maxSize)
-    : cursor_(cursor), structs_(structs), globals_(globals), maxSize_(maxSize), rows_(MakeRows()) {
-    CollectBuiltIns();
-}
+    : cursor_(cursor), structs_(structs), globals_(globals), maxSize_(maxSize), rows_(MakeRows()) {}
 
 bool CAsmCode::ReadLine() {
     if (cursor_.AtLineEnd()) return true;
@@ -93,8 +91,7 @@ void CAsmCode::ResolveLabels() {
         if (fixup.verify && std::memcmp(operand, &value, sizeof(value)) != 0)
             cursor_.Fail(fixup.target.place, "the label is not where the bytes of this line say");
         std::memcpy(operand, &value, sizeof(value));
-        const auto label = labels_.find(FoldName(fixup.target.label));
-        if (fixup.base == 0 && label != labels_.end()) label->second.isFunction = true;
+        if (fixup.base == 0) callTargets_.insert(value);
     }
     fixups_.clear();
 }
@@ -102,7 +99,7 @@ void CAsmCode::ResolveLabels() {
 std::vector<CAsmCode::Label> CAsmCode::GetLabels() const {
     std::vector<Label> labels;
     for (const auto& [key, label] : labels_)
-        labels.push_back(label);
+        labels.push_back({label.name, label.offset, callTargets_.count(label.offset) != 0});
     std::stable_sort(labels.begin(), labels.end(),
                      [](const Label& left, const Label& right) { return left.offset < right.offset; });
     return labels;
@@ -146,6 +143,11 @@ bool CAsmCode::ReadListingLine(const Columns& columns) {
                                                       columns.address, bytes_.size()));
     if (cursor_.PeekRest() != Disassemble(columns)) return CompareWithColumns(columns, textPlace);
     positions_.push_back({columns.address, textPlace});
+    if (static_cast<Opcode>(columns.bytes.front()) == Opcode::Call) {
+        std::uint32_t target = 0;
+        std::memcpy(&target, &columns.bytes[2], sizeof(target));
+        callTargets_.insert(target);
+    }
     return EmitBytes(columns.bytes);
 }
 

@@ -1,8 +1,10 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <memory>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -53,6 +55,7 @@ class CAsmCode {
         unsigned char group = 0;
         unsigned char id = 0;
     };
+    using NameOf = std::function<const char*(BuiltIn)>;
     using BuiltInNames = std::map<std::string, BuiltIn, std::less<>>;
     using Handler = bool (CAsmCode::*)(const OpcodeInfo& info);
     struct Row {
@@ -74,7 +77,10 @@ class CAsmCode {
     };
 
     static std::vector<Row> MakeRows();
-    void CollectBuiltIns();
+    static BuiltInNames CollectNames(const NameOf& nameOf, unsigned int groups);
+    // Null when there is none of that name.
+    [[nodiscard]] static const BuiltIn* FindFunction(std::string_view name);
+    [[nodiscard]] static const BuiltIn* FindBlock(std::string_view name);
 
     bool TakeColumns(Columns& columns);
     bool TakeColumnBytes(CSourceCursor& cursor, std::vector<unsigned char>& bytes) const;
@@ -120,13 +126,12 @@ class CAsmCode {
     const CSymbolMap& globals_;
     std::uint32_t maxSize_;
     CBuiltInFunctions builtIns_;
-    BuiltInNames functionNames_;
-    BuiltInNames blockNames_;
     std::vector<Row> rows_;  ///< longest mnemonic first
     std::vector<unsigned char> bytes_;
     std::map<std::string, Label, std::less<>> labels_;
     std::vector<Fixup> fixups_;
     std::vector<Position> positions_;
+    std::set<std::uint32_t> callTargets_;
     CSymbolMap tempNames_;   ///< of the latest INIT_TEMP_DATA
     CSymbolMap localNames_;  ///< of the latest INIT_LOCAL_DATA
 };

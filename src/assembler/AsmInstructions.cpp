@@ -72,19 +72,33 @@ std::vector<CAsmCode::Row> CAsmCode::MakeRows() {
 }
 
 /// Names that two groups share stand for the lower group; the other one is called by its numbers.
-void CAsmCode::CollectBuiltIns() {
+CAsmCode::BuiltInNames CAsmCode::CollectNames(const NameOf& nameOf, unsigned int groups) {
     constexpr std::string_view kUnknown = "???";
-    const auto add = [&](BuiltInNames& names, const char* name, unsigned int group, unsigned int id) {
-        if (name == nullptr || name == kUnknown) return;
-        names.emplace(FoldName(name), BuiltIn{static_cast<unsigned char>(group), static_cast<unsigned char>(id)});
-    };
-    for (unsigned int id = 0; id <= kHighest8; ++id) {
-        const auto byte = static_cast<unsigned char>(id);
-        for (unsigned char group = 1; group <= CBuiltInFunctions::kFunctionGroups; ++group)
-            add(functionNames_, builtIns_.GetFunctionName(group, byte), group, id);
-        for (unsigned char group = 1; group <= CBuiltInFunctions::kBlockGroups; ++group)
-            add(blockNames_, builtIns_.GetFunctionBlockName(group, byte), group, id);
+    BuiltInNames names;
+    for (unsigned int group = 1; group <= groups; ++group) {
+        for (unsigned int id = 0; id <= kHighest8; ++id) {
+            const BuiltIn builtIn{static_cast<unsigned char>(group), static_cast<unsigned char>(id)};
+            const char* name = nameOf(builtIn);
+            if (name != nullptr && name != kUnknown) names.emplace(FoldName(name), builtIn);
+        }
     }
+    return names;
+}
+
+const CAsmCode::BuiltIn* CAsmCode::FindFunction(std::string_view name) {
+    static const BuiltInNames kNames = CollectNames(
+        [functions = CBuiltInFunctions()](BuiltIn of) { return functions.GetFunctionName(of.group, of.id); },
+        CBuiltInFunctions::kFunctionGroups);
+    const auto found = kNames.find(FoldName(name));
+    return found == kNames.end() ? nullptr : &found->second;
+}
+
+const CAsmCode::BuiltIn* CAsmCode::FindBlock(std::string_view name) {
+    static const BuiltInNames kNames = CollectNames(
+        [functions = CBuiltInFunctions()](BuiltIn of) { return functions.GetFunctionBlockName(of.group, of.id); },
+        CBuiltInFunctions::kBlockGroups);
+    const auto found = kNames.find(FoldName(name));
+    return found == kNames.end() ? nullptr : &found->second;
 }
 
 bool CAsmCode::ReadInstruction() {
@@ -103,12 +117,10 @@ bool CAsmCode::ReadNamedInstruction() {
     if (!cursor_.ReadIdentifier("an instruction", name)) return false;
     CSourceCursor ahead = cursor_;
     if (!ahead.TakeWord("ArgCount")) return ReadOperator(start, name);
-    const auto function = functionNames_.find(FoldName(name));
-    const auto block = blockNames_.find(FoldName(name));
-    if (function == functionNames_.end() && block == blockNames_.end())
-        return cursor_.Fail(start, FormatText("unknown function or function block '%s'", name));
-    return ReadBuiltInCall(function == functionNames_.end() ? nullptr : &function->second,
-                           block == blockNames_.end() ? nullptr : &block->second);
+    const BuiltIn* function = FindFunction(name);
+    const BuiltIn* block = FindBlock(name);
+    if (function != nullptr || block != nullptr) return ReadBuiltInCall(function, block);
+    return cursor_.Fail(start, FormatText("unknown function or function block '%s'", name));
 }
 
 /// An operator by its name, or `UNARY code`, `BINARY code` for those without one.

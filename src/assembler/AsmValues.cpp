@@ -85,8 +85,16 @@ bool ReadRawLocation(CSourceCursor& cursor, PointerValue& value) {
     return true;
 }
 
+/// The prefix that listings give a TYPE; the machine's own parsers do not take it for one.
+constexpr std::string_view kTypeWord = "TYPE#";
+
+bool HasTypeWord(std::string_view text) noexcept {
+    return IsSameName(text.substr(0, kTypeWord.size()), kTypeWord);
+}
+
 ElementaryType GuessType(std::string_view text) {
     if (text.empty()) return Undefined;
+    if (HasTypeWord(text)) return Type;
     CValueType prefix;
     const std::string copy(text);
     const char* at = copy.c_str();
@@ -176,6 +184,17 @@ bool IsCut(const CValue& value, std::string_view text) {
     return canonical.GetText() != SkipPrefix(text);
 }
 
+/// The machine's parsers cut a fraction of a second that binary numbers do not have to the millisecond below. A text
+/// that is the canonical one of the next millisecond means that.
+void RoundToMillisecond(std::string_view text, CValue& value) {
+    if ((TypeBit(value.GetType()) & kCalendarTypes) == 0 || value.GetType() == Date) return;
+    CValue next = value;
+    next.SetInteger(static_cast<long long>(value.GetPayload<std::uint64_t>() + 1), value.GetType());
+    CTextOutputString canonical;
+    next.GetAsText(nullptr, canonical);
+    if (canonical.GetText() == SkipPrefix(text)) value = std::move(next);
+}
+
 bool StoreRawData(const CValue& value, AsmLiteral& out) {
     out.type = value.GetType();
     out.bytes.resize(value.GetRawDataSize());
@@ -226,9 +245,10 @@ bool ResolvePointer(CSourceCursor& cursor, const AsmNames& names, AsmPointer& po
 
 bool ReadLiteral(CSourceCursor& cursor, bool inList, ElementaryType wanted, AsmLiteral& out) {
     const SourcePlace place = cursor.Here();
-    const std::string text(CSourceCursor(cursor).TakeLiteral(inList));
+    std::string text(CSourceCursor(cursor).TakeLiteral(inList));
     if (text.empty()) return cursor.Fail(place, "a literal expected");
     const ElementaryType type = wanted == Undefined ? GuessType(text) : wanted;
+    if (type == Type && HasTypeWord(text)) text.erase(0, kTypeWord.size());
     if (type == Pointer) return ReadPointerLiteral(cursor, inList, out);
     (void)cursor.TakeLiteral(inList);
     CErrorLog log;
@@ -242,6 +262,7 @@ bool ReadLiteral(CSourceCursor& cursor, bool inList, ElementaryType wanted, AsmL
         return cursor.Fail(place, FormatText("the literal is a %s, a %s is expected", value.GetTypeName(false),
                                              CValueType(wanted).GetTypeName(false)));
     if (IsCut(value, text)) return cursor.Fail(place, "the string is too long");
+    RoundToMillisecond(text, value);
     if (!IsWellFormed(value.GetType(), text) || !StoreRawData(value, out))
         return cursor.Fail(place, FormatText("'%s' is not a valid literal", text));
     return true;

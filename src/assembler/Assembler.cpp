@@ -146,6 +146,7 @@ class CAssembly {
     }
 
     bool ReadMemberLine() {
+        hasMemberLines_ = true;
         AsmDeclaration member;
         if (!ReadDeclaration(cursor_, structs_, AsmPlaceKind::Offset, member)) return false;
         if (!member.scope.empty()) return cursor_.Fail(member.start, "a member has no scope");
@@ -165,9 +166,10 @@ class CAssembly {
     /// A structure ends where something else begins.
     void FinishStruct() {
         const auto structure = std::exchange(struct_, nullptr);
+        const bool isEmpty = !std::exchange(hasMemberLines_, false);
         memberEnd_ = 0;
         if (structure == nullptr || structure->name.empty()) return;
-        if (structure->members.empty()) {
+        if (isEmpty) {
             cursor_.Fail(structPlace_, "the structure has no members");
         } else if (!structs_.Add(structure)) {
             cursor_.Fail(structPlace_, FormatText("'%s' is a type already", structure->name));
@@ -319,6 +321,7 @@ class CAssembly {
     Section section_ = Section::None;
     std::shared_ptr<SymbolStruct> struct_;  ///< the one that is being declared
     std::uint32_t memberEnd_ = 0;
+    bool hasMemberLines_ = false;
     SourcePlace structPlace_;
     SourcePlace constantPlace_;
     SourcePlace obsoletePlace_;

@@ -180,9 +180,9 @@ void CImageListing::IndexVariables() {
 void CImageListing::Write(CTextOutput& output) const {
     WriteHeader(output);
     WriteStructs(output);
-    WriteTags(output);
     WriteBlock(".global", image_.globalData, LocationKind::Global, output);
     if (image_.HasConstants()) WriteBlock(".constant", image_.constants, LocationKind::GlobalConstant, output);
+    WriteTags(output);
     WriteTables(output);
     WriteCode(output);
 }

@@ -5,6 +5,12 @@
 #include "assembler/SymbolType.h"
 #include "platform/FormatText.h"
 
+std::uint32_t CountCharacters(std::string_view line, std::size_t at) noexcept {
+    const std::string_view before = line.substr(0, at);
+    return static_cast<std::uint32_t>(std::count_if(
+        before.begin(), before.end(), [](char c) { return (static_cast<unsigned char>(c) & 0xC0U) != 0x80U; }));
+}
+
 namespace {
 
 bool IsBlank(char c) noexcept {
@@ -59,13 +65,14 @@ class CCommentStripper {
     [[nodiscard]] std::size_t GetOpenedAt() const noexcept { return openedAt_; }
 
  private:
+    /// One blank for each character, so that columns stay what they were.
     std::size_t CloseComment(std::string& line, std::size_t at) {
         const std::size_t end = line.find("*)", at);
         inComment_ = end == std::string::npos;
-        const std::size_t next = inComment_ ? line.size() : end + 2;
-        std::fill(line.begin() + static_cast<std::ptrdiff_t>(at), line.begin() + static_cast<std::ptrdiff_t>(next),
-                  ' ');
-        return next;
+        const std::size_t length = (inComment_ ? line.size() : end + 2) - at;
+        const std::uint32_t characters = CountCharacters(std::string_view(line).substr(at), length);
+        line.replace(at, length, characters, ' ');
+        return at + characters;
     }
 
     bool inComment_ = false;
@@ -83,12 +90,6 @@ std::size_t QuotedLength(std::string_view text, std::size_t at) noexcept {
         end += text[end] == '$' ? 2 : 1;
     }
     return std::min(end + 1, text.size()) - at;
-}
-
-std::uint32_t CountCharacters(std::string_view line, std::size_t at) noexcept {
-    const std::string_view before = line.substr(0, at);
-    return static_cast<std::uint32_t>(std::count_if(
-        before.begin(), before.end(), [](char c) { return (static_cast<unsigned char>(c) & 0xC0U) != 0x80U; }));
 }
 
 bool IsIdentifier(std::string_view text) noexcept {

@@ -15,19 +15,19 @@ class CValue;
 
 /// A variable at a fixed place.
 struct SymbolVariable {
-    std::string scope;  ///< the program or function it belongs to; empty for a global variable
-    std::string name;
+    std::string scope{};  ///< the program or function it belongs to; empty for a global variable
+    std::string name{};
     LocationKind location = LocationKind::Global;
     std::uint32_t offset = 0;  ///< bytes from the start of the location's data; within the tag for a tag
     std::uint32_t tagId = 0;   ///< location Tag only
-    SymbolType type;
+    SymbolType type{};
 };
 
 /// A named place in the code.
 struct SymbolLabel {
     enum class Kind : std::uint8_t { Label, Function, Program, Expression, CodeBlock };
     Kind kind = Kind::Label;
-    std::string name;  ///< the id in decimal for expressions and code blocks
+    std::string name{};  ///< the id in decimal for expressions and code blocks
     std::uint32_t codeOffset = 0;
 };
 
@@ -44,7 +44,7 @@ struct SymbolReference {
     LocationKind location = LocationKind::Null;
     std::uint32_t tagId = 0;
     std::uint32_t offset = 0;
-    SymbolType type;
+    SymbolType type{};
 };
 
 /// The names of an image: variables with place and type, named code, and which source line made which instruction. The

@@ -50,14 +50,14 @@ struct SymbolType {
 };
 
 struct SymbolMember {
-    std::string name;
+    std::string name{};
     std::uint32_t offset = 0;  ///< bytes from the start of the structure
-    SymbolType type;
+    SymbolType type{};
 };
 
 /// A structure, or the instance data of a function block.
 struct SymbolStruct {
-    std::string name;
+    std::string name{};
     std::uint32_t size = 0;   ///< bytes, at least the end of the last member
     std::uint32_t depth = 1;  ///< of structures and arrays in it, itself included
     std::vector<SymbolMember> members;
