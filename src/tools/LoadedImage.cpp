@@ -2,17 +2,10 @@
 
 #include "platform/BinaryStream.h"
 #include "platform/ErrorLog.h"
-#include "platform/File.h"
+#include "tools/FileContent.h"
 
 namespace tn61131 {
 namespace {
-
-bool ReadFile(const std::string& path, std::string& content) {
-    TNFileUnix file;
-    if (!file.OpenFileForRead(CTNFilePath(path))) return false;
-    content.resize(file.GetFileSize());
-    return file.ReadBytes(content.data(), file.GetFileSize());
-}
 
 bool Refuse(std::vector<ImageError>& errors, std::string text) {
     errors.push_back({0, {}, std::move(text)});
@@ -28,7 +21,7 @@ bool LoadedImage::Load(const std::string& path, const RunOptions& options, std::
 
 bool LoadedImage::LoadMachine(std::vector<ImageError>& errors) {
     std::string content;
-    if (!ReadFile(path_, content)) return Refuse(errors, "The file cannot be read.");
+    if (!ReadFileContent(path_, content)) return Refuse(errors, "The file cannot be read.");
     CBinaryInputMemory input({reinterpret_cast<const unsigned char*>(content.data()), content.size()});
     CErrorLog log;
     if (!machine_.LoadVMImage(log, input)) {
@@ -77,7 +70,7 @@ bool LoadedImage::ChooseEntry(const RunOptions& options, std::vector<ImageError>
 bool LoadedImage::LoadTags(const RunOptions& options, std::vector<ImageError>& errors) {
     if (options.tagsFile.empty()) return true;
     std::string content;
-    if (!ReadFile(options.tagsFile, content)) {
+    if (!ReadFileContent(options.tagsFile, content)) {
         return Refuse(errors, "The tags file '" + options.tagsFile + "' cannot be read.");
     }
     std::string error;
@@ -90,7 +83,7 @@ bool LoadedImage::LoadMap(const RunOptions& options, std::vector<ImageError>& er
     const std::string mapFile = options.mapFile.empty() ? CSymbolMap::GetDefaultFileName(path_) : options.mapFile;
     std::string content;
     std::string error = "it cannot be read";
-    hasMap_ = ReadFile(mapFile, content) && map_.Load(content, error);
+    hasMap_ = ReadFileContent(mapFile, content) && map_.Load(content, error);
     if (!hasMap_ && (!options.mapFile.empty() || !options.watch.empty() || !options.traceFile.empty())) {
         return Refuse(errors, "Symbol map '" + mapFile + "': " + error + ".");
     }

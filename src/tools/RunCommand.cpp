@@ -8,7 +8,6 @@
 #include <unistd.h>
 
 #include "platform/ClientAccess.h"
-#include "tools/Describe.h"
 #include "tools/HumanReport.h"
 #include "tools/Interrupt.h"
 #include "tools/JsonReport.h"
@@ -60,7 +59,7 @@ class ImageRunner {
         }
         Trace trace;
         if (!options_.traceFile.empty() && !trace.Open(options_.traceFile, ChooseTraced(image))) {
-            Refuse(path, {TraceError()});
+            Refuse(path, {{0, {}, "The waveform file '" + options_.traceFile + "' cannot be written."}});
             return;
         }
         Execute(image, trace);
@@ -76,6 +75,8 @@ class ImageRunner {
     void Refuse(const std::string& path, const std::vector<ImageError>& errors) {
         failed_ = true;
         report_.Refused(path, errors);
+        for (const ImageError& error : errors)
+            Complain(path, error.id, error.text);
     }
 
     void Execute(LoadedImage& image, Trace& trace) {
@@ -95,21 +96,30 @@ class ImageRunner {
         progress.Clear();
         report_.End(view, summary);
         interrupted_ = summary.interrupted;
-        failed_ = failed_ || !summary.AllCompleted();
+        if (!summary.AllCompleted()) ComplainOfRun(image.GetPath(), log);
         if (tracing && !trace.Close()) {
             failed_ = true;
-            WriteMessage(messages_, image.GetPath(), TraceError());
+            Complain(image.GetPath(), 0, "The waveform file '" + options_.traceFile + "' cannot be written.");
         }
-    }
-
-    ImageError TraceError() const {
-        return {0, {}, "The waveform file '" + options_.traceFile + "' cannot be written."};
     }
 
     /// Standard error when a person sees it and the scans themselves do not already show how far the run is.
     std::ostream* ProgressOutput() const {
         const bool scansAreShown = !options_.lastOnly && isatty(STDOUT_FILENO) != 0;
         return isatty(STDERR_FILENO) != 0 && !scansAreShown ? &messages_ : nullptr;
+    }
+
+    void ComplainOfRun(const std::string& path, const CErrorLog& log) {
+        failed_ = true;
+        for (const CErrorLog::Entry& entry : log.GetEntries())
+            Complain(path, entry.id, entry.location.empty() ? entry.text : entry.location + ": " + entry.text);
+        if (log.GetEntries().empty()) Complain(path, 0, "The run did not complete.");
+    }
+
+    void Complain(const std::string& path, std::uint32_t id, const std::string& text) {
+        messages_ << "tn61131: " << PrintableText(path) << ": ";
+        if (id != 0) messages_ << "error " << id << ": ";
+        messages_ << PrintableText(text) << '\n';
     }
 
     const RunOptions& options_;
@@ -120,9 +130,9 @@ class ImageRunner {
     bool interrupted_ = false;
 };
 
-std::unique_ptr<RunReport> MakeReport(const RunOptions& options, std::ostream& output, std::ostream& messages) {
-    if (options.json) return std::make_unique<JsonReport>(output, messages, options);
-    return std::make_unique<HumanReport>(output, messages, options);
+std::unique_ptr<RunReport> MakeReport(const RunOptions& options, std::ostream& output) {
+    if (options.json) return std::make_unique<JsonReport>(output, options);
+    return std::make_unique<HumanReport>(output, options);
 }
 
 void AddEntryOptions(CLI::App& command, RunOptions& options) {
@@ -176,7 +186,7 @@ void AddFormatOptions(CLI::App& command, RunOptions& options) {
 
 int RunImages(const RunOptions& options, std::ostream& output, std::ostream& messages) {
     const Interrupt interrupt;
-    const std::unique_ptr<RunReport> report = MakeReport(options, output, messages);
+    const std::unique_ptr<RunReport> report = MakeReport(options, output);
     ImageRunner runner(options, *report, messages);
     for (const std::string& path : options.images) {
         runner.Run(path);

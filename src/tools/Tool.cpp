@@ -37,6 +37,8 @@ int RunTool(int argc, const char* const* argv) {
         CLI::App app("Virtual machine for IEC 61131-3 control logic", "tn61131");
         app.require_subcommand(1);
         AddRunCommand(app, exitStatus);
+        AddAsmCommand(app, exitStatus);
+        AddDisCommand(app, exitStatus);
         AddLiteralCommand(app, exitStatus);
         try {
             app.parse(ArgumentsForParser(argc, argv));

@@ -19,6 +19,8 @@ int RunTool(int argc, const char* const* argv);
 // Each adds one subcommand, which stores its exit status where it has run.
 
 void AddRunCommand(CLI::App& app, int& exitStatus);
+void AddAsmCommand(CLI::App& app, int& exitStatus);
+void AddDisCommand(CLI::App& app, int& exitStatus);
 void AddLiteralCommand(CLI::App& app, int& exitStatus);
 
 }  // namespace tn61131

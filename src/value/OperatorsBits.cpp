@@ -76,28 +76,17 @@ struct RotateUp {
     }
 };
 
-/// Two operands of one type. False, nothing changed, for a type without this operator.
 template <typename Operation>
-[[gnu::always_inline]] inline bool ApplyLogical(CValue& left, const CValue& right) noexcept {
+bool Logical(CErrorLog& log, const ErrorLocation& location, CValue& left, CValue& right) {
+    if (!left.PromoteTypes(log, location, right)) return false;
     if (left.GetType() == ElementaryType::Bool) {
         left.SetBool(Operation::ApplyToBool(left.GetPayload<std::uint8_t>(), right.GetPayload<std::uint8_t>()));
         return true;
     }
-    return WithWidth(left.GetType(), [&]<typename T>(PayloadTag<T>) {
+    const bool isDone = WithWidth(left.GetType(), [&]<typename T>(PayloadTag<T>) {
         StorePayload(left, Operation::Apply(left.GetPayload<T>(), right.GetPayload<T>()));
     });
-}
-
-template <typename Operation>
-[[gnu::noinline]] bool LogicalAny(CErrorLog& log, const ErrorLocation& location, CValue& left, CValue& right) {
-    if (!left.PromoteTypes(log, location, right)) return false;
-    return ApplyLogical<Operation>(left, right) || RefuseOperator(log, location, Operation::kName, left);
-}
-
-template <typename Operation>
-bool Logical(CErrorLog& log, const ErrorLocation& location, CValue& left, CValue& right) {
-    if (left.GetType() == right.GetType() && ApplyLogical<Operation>(left, right)) return true;
-    return LogicalAny<Operation>(log, location, left, right);
+    return isDone || RefuseOperator(log, location, Operation::kName, left);
 }
 
 /// Counts are unsigned here: a negative one is beyond every width, and rotates as its two's complement does.

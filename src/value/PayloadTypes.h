@@ -24,7 +24,7 @@ void StorePayload(CValueLiteral& value, T payload) noexcept {
 
 /// Integers and bit strings by their width alone, for operations that do not look at the sign.
 template <typename Kernel>
-[[gnu::always_inline]] inline bool WithWidth(ElementaryType type, Kernel&& kernel) {
+bool WithWidth(ElementaryType type, Kernel&& kernel) {
     switch (type) {
         case ElementaryType::SInt:
         case ElementaryType::USInt:
@@ -44,7 +44,7 @@ template <typename Kernel>
 
 /// The types that add and multiply: those of WithWidth(), TIME and the reals.
 template <typename Kernel>
-[[gnu::always_inline]] inline bool WithArithmetic(ElementaryType type, Kernel&& kernel) {
+bool WithArithmetic(ElementaryType type, Kernel&& kernel) {
     switch (type) {
         case ElementaryType::SInt:
         case ElementaryType::USInt:
@@ -67,7 +67,7 @@ template <typename Kernel>
 
 /// Every type whose payload is one number, signed or unsigned as the type is; a BOOL is its byte.
 template <typename Kernel>
-[[gnu::always_inline]] inline bool WithScalar(ElementaryType type, Kernel&& kernel) {
+bool WithScalar(ElementaryType type, Kernel&& kernel) {
     switch (type) {
         case ElementaryType::SInt: kernel(PayloadTag<std::int8_t>{}); return true;
         case ElementaryType::Bool:
