@@ -2,15 +2,12 @@
 
 #include <cstdint>
 
-#include "diag/Messages.h"
 #include "functions/FunctionTable.h"
 #include "platform/DataFormat.h"
 #include "platform/Random.h"
 #include "platform/Time.h"
 #include "value/Value.h"
 #include "vm/VirtualMachineExec.h"
-
-using tn61131::Fail;
 
 namespace {
 

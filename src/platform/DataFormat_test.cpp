@@ -1,7 +1,7 @@
 #include "platform/DataFormat.h"
 
 #include <array>
-#include <cmath>
+#include <bit>
 #include <limits>
 #include <random>
 #include <string>
@@ -395,6 +395,31 @@ TEST(DecimalFormat, PatternsOfAnyLengthAreHandled) {
             EXPECT_LT(FormatNumber(format, "en-US", -1.7e308).size(), 200'000U) << c;
         }
     }
+}
+
+TEST(DataFormats, RandomPatternsAreRefusedOrFormatEverything) {
+    const std::string alphabet = "yMdHmsSEazXxVQwu'';;,,..##00@@E+%*-\xC2\xA4 \xFF\xE2";
+    std::mt19937_64 random(35);
+    const CTNTimeZone zone("America/New_York");
+    int dates = 0;
+    int numbers = 0;
+    for (int i = 0; i < 4000; ++i) {
+        std::string pattern;
+        for (std::size_t length = random() % 12; length > 0; --length)
+            pattern += alphabet[random() % alphabet.size()];
+        DateTimeFormat date;
+        if (date.ParseDateTimeFormat(pattern)) {
+            ++dates;
+            EXPECT_LT(FormatTicks(date, "ar-EG", &zone, static_cast<std::int64_t>(random())).size(), 1000U);
+        }
+        DecimalFormat number;
+        if (number.ParseDecimalFormat(pattern)) {
+            ++numbers;
+            EXPECT_NE(FormatNumber(number, "ar-EG", std::bit_cast<double>(random())), "") << pattern;
+        }
+    }
+    EXPECT_GT(dates, 100);
+    EXPECT_GT(numbers, 100);
 }
 
 TEST(CDataFormatSettings, DefaultsAreIsoPatternsInUTC) {

@@ -1,4 +1,5 @@
 #include <limits>
+#include <utility>
 
 #include <unicode/basictz.h>
 #include <unicode/timezone.h>
@@ -64,7 +65,7 @@ CTNTimeZone::CTNTimeZone(std::string_view name)
 
 CTNTimeZone::CTNTimeZone(const CTNTimeZone&) = default;
 // A moved-from zone stays usable, as the interface promises an object for every zone: moving copies the reference.
-CTNTimeZone::CTNTimeZone(CTNTimeZone&& other) noexcept : data_(other.data_) {}
+CTNTimeZone::CTNTimeZone(CTNTimeZone&& other) noexcept : CTNTimeZone(std::as_const(other)) {}
 CTNTimeZone& CTNTimeZone::operator=(const CTNTimeZone&) = default;
 CTNTimeZone& CTNTimeZone::operator=(CTNTimeZone&& other) noexcept {
     data_ = other.data_;
