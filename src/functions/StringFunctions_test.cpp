@@ -1,6 +1,8 @@
 #include "functions/StringFunctions.h"
 
 #include <algorithm>
+#include <cstdint>
+#include <limits>
 #include <random>
 #include <string>
 #include <vector>
@@ -303,6 +305,7 @@ TEST(StringFunctions, ResultsAreCutAtTheLongestString) {
 template <typename Unit>
 struct Model {
     using Units = std::vector<Unit>;
+    static constexpr std::int64_t kToEnd = std::numeric_limits<std::int64_t>::max();
 
     static Units Part(const Units& in, std::int64_t first, std::int64_t last) {
         Units out;
@@ -322,10 +325,10 @@ struct Model {
     }
     static Units Delete(const Units& in, int length, int position) {
         if (length < 1) return in;
-        return Join(Part(in, 1, std::int64_t{position} - 1), Part(in, std::int64_t{position} + length, in.size() + 1));
+        return Join(Part(in, 1, std::int64_t{position} - 1), Part(in, std::int64_t{position} + length, kToEnd));
     }
     static Units Insert(const Units& in, const Units& other, std::int64_t position) {
-        return Join(Join(Part(in, 1, position), other), Part(in, position + 1, in.size() + 1));
+        return Join(Join(Part(in, 1, position), other), Part(in, position + 1, kToEnd));
     }
     static Units Replace(const Units& in, const Units& other, int length, int position) {
         return Insert(Delete(in, length, position), other, std::int64_t{position} - 1);
