@@ -2,11 +2,10 @@
 
 #include <algorithm>
 
-#include "platform/ErrorLog.h"
 #include "platform/FormatText.h"
 #include "platform/TextOutput.h"
+#include "tools/Describe.h"
 #include "tools/JsonWriter.h"
-#include "vm/Disassembler.h"
 #include "vm/Opcodes.h"
 #include "vm/VirtualMachineExec.h"
 
@@ -29,79 +28,12 @@ std::string Declaration(const CValue& value) {
     return PrintableText(text.GetText());
 }
 
-const char* LabelWord(SymbolLabel::Kind kind) {
-    switch (kind) {
-        case SymbolLabel::Kind::Function: return "function ";
-        case SymbolLabel::Kind::Program: return "program ";
-        case SymbolLabel::Kind::Expression: return "expression ";
-        case SymbolLabel::Kind::CodeBlock: return "code block ";
-        case SymbolLabel::Kind::Label: break;
-    }
-    return "";
-}
-
-/// The function or entry point that code belongs to: the last that begins at or before it.
-const SymbolLabel* FindOwner(const CSymbolMap& map, unsigned int codeOffset) {
-    const SymbolLabel* owner = nullptr;
-    for (const SymbolLabel& label : map.GetLabels()) {
-        if (label.kind == SymbolLabel::Kind::Label || label.codeOffset > codeOffset) continue;
-        if (owner == nullptr || label.codeOffset > owner->codeOffset) owner = &label;
-    }
-    return owner;
-}
-
 }  // namespace
 
-std::string PrintableText(std::string_view text) {
-    std::string printable;
-    for (const char character : text) {
-        const auto byte = static_cast<unsigned char>(character);
-        if (byte < 0x20 || byte == 0x7F) {
-            printable += FormatText("\\x%02X", static_cast<unsigned int>(byte));
-        } else {
-            printable += character;
-        }
-    }
-    return printable;
-}
-
-std::string DescribeInstruction(const CVirtualMachine& machine, const CVirtualMachineExec& exec,
-                                unsigned int codeOffset) {
-    CTextOutputString listing;
-    CDisassembler disassembler(exec.GetBuiltInFunctions(), codeOffset, &listing);
-    const unsigned int length = machine.GetOpCodesLength();
-    if (codeOffset >= length) return FormatText("%04X the end of the code", codeOffset);
-    const unsigned char* code = machine.GetOpCodes() + codeOffset;
-    unsigned int left = length - codeOffset;
-    int wanted = disassembler.FirstByte(*code++);
-    --left;
-    while (wanted > 0 && static_cast<unsigned int>(wanted) <= left) {
-        const auto count = static_cast<unsigned int>(wanted);
-        wanted = disassembler.MoreBytes(code, count);
-        code += count;
-        left -= count;
-    }
-    if (wanted > 0) return FormatText("%04X an instruction that the end of the code cuts off", codeOffset);
-    if (wanted < 0) return FormatText("%04X %s", codeOffset, disassembler.GetDisassemblerError());
-    std::string text = listing.TakeText();
-    while (!text.empty() && (text.back() == '\n' || text.back() == '\r'))
-        text.pop_back();
-    return text;
-}
-
-std::string DescribePlace(const CSymbolMap& map, unsigned int codeOffset) {
-    std::string place;
-    if (const SymbolLabel* owner = FindOwner(map, codeOffset)) place = "in " + (LabelWord(owner->kind) + owner->name);
-    const SymbolPosition* position = map.FindPosition(codeOffset);
-    if (position == nullptr || position->file >= map.GetFiles().size()) return place;
-    if (!place.empty()) place += ", ";
-    return place + map.GetFiles()[position->file] + ":" + std::to_string(position->line);
-}
-
 void HumanReport::Refused(const std::string& image, const std::vector<ImageError>& errors) {
-    // The messages themselves go to standard error.
-    output_ << PrintableText(image) << ": refused, " << errors.size()
-            << (errors.size() == 1 ? " error\n" : " errors\n");
+    output_.flush();
+    for (const ImageError& error : errors)
+        WriteMessage(messages_, image, error);
 }
 
 void HumanReport::Begin(const RunView& view) {
@@ -135,11 +67,8 @@ void HumanReport::WriteScan(const RunView& view, const ScanOutcome& outcome) {
 }
 
 void HumanReport::WriteErrors(const RunView& view) {
-    for (const CErrorLog::Entry& entry : view.log.GetEntries()) {
-        output_ << "  error " << entry.id << ": " << PrintableText(entry.text);
-        if (!entry.location.empty()) output_ << " (" << PrintableText(entry.location) << ')';
-        output_ << '\n';
-    }
+    output_.flush();
+    WriteRunMessages(messages_, view.image.GetPath(), view.log);
     WritePlace(view, "  at      ", view.exec.GetCurrentPC());
     WriteCallChain(view);
 }
@@ -152,16 +81,16 @@ void HumanReport::WriteCallChain(const RunView& view) {
         const unsigned int returnOffset = view.exec.GetCodeStackReturnPC(static_cast<int>(depth - 1 - i));
         WritePlace(view, "  called  ", returnOffset - kCallLength);
     }
-    if (depth > kShown) output_ << "  and " << depth - kShown << " calls more\n";
+    if (depth > kShown) messages_ << "  and " << depth - kShown << " calls more\n";
 }
 
 void HumanReport::WritePlace(const RunView& view, std::string_view label, unsigned int codeOffset) {
-    output_ << label << DescribeInstruction(view.image.GetMachine(), view.exec, codeOffset);
+    messages_ << label << DescribeInstruction(view.image.GetMachine(), view.exec, codeOffset);
     if (const CSymbolMap* map = view.image.GetMap()) {
         const std::string place = DescribePlace(*map, codeOffset);
-        if (!place.empty()) output_ << "  " << PrintableText(place);
+        if (!place.empty()) messages_ << "  " << PrintableText(place);
     }
-    output_ << '\n';
+    messages_ << '\n';
 }
 
 void HumanReport::WriteWatched(const RunView& view) {

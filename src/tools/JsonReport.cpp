@@ -2,6 +2,7 @@
 
 #include "platform/ErrorLog.h"
 #include "platform/TextOutput.h"
+#include "tools/Describe.h"
 #include "vm/VirtualMachineExec.h"
 
 namespace tn61131 {
@@ -40,6 +41,8 @@ void JsonReport::Refused(const std::string& image, const std::vector<ImageError>
     WriteErrors(json_, errors);
     json_.EndObject();
     json_.EndLine();
+    for (const ImageError& error : errors)
+        WriteMessage(messages_, image, error);
 }
 
 void JsonReport::Begin(const RunView& view) {
@@ -68,6 +71,7 @@ void JsonReport::End(const RunView& view, const ScanSummary& summary) {
     }
     json_.EndObject();
     json_.EndLine();
+    if (!summary.AllCompleted()) WriteRunMessages(messages_, view.image.GetPath(), view.log);
 }
 
 void JsonReport::WriteScan(const RunView& view, const ScanOutcome& outcome) {

@@ -7,10 +7,11 @@
 
 namespace tn61131 {
 
-/// One JSON object per image, a line each. Scans are written as they come.
+/// One JSON object per image, a line each. Scans are written as they come. Failures are messages too.
 class JsonReport final : public RunReport {
  public:
-    JsonReport(std::ostream& output, const RunOptions& options) : json_(output), options_(options) {}
+    JsonReport(std::ostream& output, std::ostream& messages, const RunOptions& options)
+        : json_(output), messages_(messages), options_(options) {}
 
     void Refused(const std::string& image, const std::vector<ImageError>& errors) override;
     void Begin(const RunView& view) override;
@@ -22,6 +23,7 @@ class JsonReport final : public RunReport {
     void WriteWatched(const RunView& view);
 
     JsonWriter json_;
+    std::ostream& messages_;
     const RunOptions& options_;
 };
 

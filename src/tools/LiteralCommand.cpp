@@ -8,7 +8,7 @@
 
 #include "platform/ErrorLog.h"
 #include "platform/TextOutput.h"
-#include "tools/HumanReport.h"
+#include "tools/Describe.h"
 #include "tools/JsonWriter.h"
 #include "tools/Tool.h"
 #include "value/Value.h"

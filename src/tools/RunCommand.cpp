@@ -8,6 +8,7 @@
 #include <unistd.h>
 
 #include "platform/ClientAccess.h"
+#include "tools/Describe.h"
 #include "tools/HumanReport.h"
 #include "tools/Interrupt.h"
 #include "tools/JsonReport.h"
@@ -59,7 +60,7 @@ class ImageRunner {
         }
         Trace trace;
         if (!options_.traceFile.empty() && !trace.Open(options_.traceFile, ChooseTraced(image))) {
-            Refuse(path, {{0, {}, "The waveform file '" + options_.traceFile + "' cannot be written."}});
+            Refuse(path, {TraceError()});
             return;
         }
         Execute(image, trace);
@@ -75,8 +76,6 @@ class ImageRunner {
     void Refuse(const std::string& path, const std::vector<ImageError>& errors) {
         failed_ = true;
         report_.Refused(path, errors);
-        for (const ImageError& error : errors)
-            Complain(path, error.id, error.text);
     }
 
     void Execute(LoadedImage& image, Trace& trace) {
@@ -96,30 +95,21 @@ class ImageRunner {
         progress.Clear();
         report_.End(view, summary);
         interrupted_ = summary.interrupted;
-        if (!summary.AllCompleted()) ComplainOfRun(image.GetPath(), log);
+        failed_ = failed_ || !summary.AllCompleted();
         if (tracing && !trace.Close()) {
             failed_ = true;
-            Complain(image.GetPath(), 0, "The waveform file '" + options_.traceFile + "' cannot be written.");
+            WriteMessage(messages_, image.GetPath(), TraceError());
         }
+    }
+
+    ImageError TraceError() const {
+        return {0, {}, "The waveform file '" + options_.traceFile + "' cannot be written."};
     }
 
     /// Standard error when a person sees it and the scans themselves do not already show how far the run is.
     std::ostream* ProgressOutput() const {
         const bool scansAreShown = !options_.lastOnly && isatty(STDOUT_FILENO) != 0;
         return isatty(STDERR_FILENO) != 0 && !scansAreShown ? &messages_ : nullptr;
-    }
-
-    void ComplainOfRun(const std::string& path, const CErrorLog& log) {
-        failed_ = true;
-        for (const CErrorLog::Entry& entry : log.GetEntries())
-            Complain(path, entry.id, entry.location.empty() ? entry.text : entry.location + ": " + entry.text);
-        if (log.GetEntries().empty()) Complain(path, 0, "The run did not complete.");
-    }
-
-    void Complain(const std::string& path, std::uint32_t id, const std::string& text) {
-        messages_ << "tn61131: " << PrintableText(path) << ": ";
-        if (id != 0) messages_ << "error " << id << ": ";
-        messages_ << PrintableText(text) << '\n';
     }
 
     const RunOptions& options_;
@@ -130,9 +120,9 @@ class ImageRunner {
     bool interrupted_ = false;
 };
 
-std::unique_ptr<RunReport> MakeReport(const RunOptions& options, std::ostream& output) {
-    if (options.json) return std::make_unique<JsonReport>(output, options);
-    return std::make_unique<HumanReport>(output, options);
+std::unique_ptr<RunReport> MakeReport(const RunOptions& options, std::ostream& output, std::ostream& messages) {
+    if (options.json) return std::make_unique<JsonReport>(output, messages, options);
+    return std::make_unique<HumanReport>(output, messages, options);
 }
 
 void AddEntryOptions(CLI::App& command, RunOptions& options) {
@@ -186,7 +176,7 @@ void AddFormatOptions(CLI::App& command, RunOptions& options) {
 
 int RunImages(const RunOptions& options, std::ostream& output, std::ostream& messages) {
     const Interrupt interrupt;
-    const std::unique_ptr<RunReport> report = MakeReport(options, output);
+    const std::unique_ptr<RunReport> report = MakeReport(options, output, messages);
     ImageRunner runner(options, *report, messages);
     for (const std::string& path : options.images) {
         runner.Run(path);

@@ -383,14 +383,46 @@ TEST_F(RunCommandWithMapTest, HumanTextNamesThePlaceOfAFailure) {
     options_.json = false;
     options_.watch = {"count"};
     Run({Write("b.vmi", MakeFailingImage())});
-    EXPECT_EQ(output_,
-              PathOf("b.vmi") +
-                  ": program Main at 0000\n"
-                  "scan 1 at 0 ms: failed, value DINT#0\n"
-                  "  count = (not there)\n"
-                  "  error 226: Division by zero.\n"
+    EXPECT_EQ(output_, PathOf("b.vmi") +
+                           ": program Main at 0000\n"
+                           "scan 1 at 0 ms: failed, value DINT#0\n"
+                           "  count = (not there)\n");
+    EXPECT_EQ(messages_,
+              "tn61131: " + PathOf("b.vmi") +
+                  ": error 226: Division by zero.\n"
                   "  at      0014 0F 04                    : DIV  in function Scale, tank.tnasm:9\n"
                   "  called  0000 15 01 07 00 00 00        : CALL 0007, ArgCount 1  in program Main, tank.tnasm:3\n");
+}
+
+TEST_F(RunCommandTest, HumanTextSaysWhyAnImageIsRefused) {
+    options_.json = false;
+    Run({Write("a.vmi", "XXXX")});
+    EXPECT_EQ(output_, "");
+    EXPECT_EQ(messages_, "tn61131: " + PathOf("a.vmi") + ": error 254: Invalid VM Image.\n");
+}
+
+TEST_F(RunCommandTest, AFailureWithoutAMessageIsStillTold) {
+    TestImage image;
+    image.code = {2, 1, 0, 0, 0, 0, 28, 1, 0, 0, 12};  // LD ADDR Global: 0, SFC Type 1, DataSize 0: a wrong size
+    image.programs = {{"Main", 0}};
+    for (const bool json : {false, true}) {
+        options_.json = json;
+        Run({Write("a.vmi", image)});
+        EXPECT_EQ(exitStatus_, 1);
+        EXPECT_THAT(messages_, testing::StartsWith("tn61131: " + PathOf("a.vmi") + ": The run did not complete.\n"));
+    }
+    EXPECT_THAT(output_, HasSubstr(R"("result":2)"));
+    EXPECT_THAT(output_, HasSubstr(R"("errors":[])"));
+}
+
+TEST_F(RunCommandTest, ControlCharactersOfAProgramDoNotReachTheTerminal) {
+    TestImage image;
+    image.code = {1, 20, 2, 0, 27, 'x', 13, 8, 12};  // LD STRING with an escape character, CONVERT DINT
+    image.programs = {{"Main", 0}};
+    options_.json = false;
+    Run({Write("a.vmi", image)});
+    EXPECT_THAT(messages_, HasSubstr("\\x1Bx"));
+    EXPECT_THAT(output_ + messages_, Not(HasSubstr("\x1B")));
 }
 
 TEST_F(RunCommandWithMapTest, TheWaveformHoldsTheScans) {

@@ -69,9 +69,10 @@ struct Times {
     }
 };
 
-/// Two operands of one type. False, nothing changed, for a type without this arithmetic.
+/// Two operands of one type. False, nothing changed, for a type without this arithmetic. Inlined into the operators,
+/// whose other cases are functions of their own: so the usual case saves no registers and calls nothing.
 template <typename Operation>
-bool Apply(CValue& left, const CValue& right) noexcept {
+[[gnu::always_inline]] inline bool Apply(CValue& left, const CValue& right) noexcept {
     return WithArithmetic(left.GetType(), [&]<typename T>(PayloadTag<T>) {
         StorePayload(left, Operation::Apply(left.GetPayload<T>(), right.GetPayload<T>()));
     });
@@ -104,7 +105,7 @@ T Remainder(T left, T right) noexcept {
 enum class Quotient : unsigned char { Done, ZeroDivisor, NotSupported };
 
 /// Two operands of one type; nothing changes unless it is done.
-Quotient Divide(CValue& left, const CValue& right) noexcept {
+[[gnu::always_inline]] inline Quotient Divide(CValue& left, const CValue& right) noexcept {
     if ((TypeBit(left.GetType()) & kDivisionTypes) == 0) return Quotient::NotSupported;
     auto result = Quotient::Done;
     WithScalar(left.GetType(), [&]<typename T>(PayloadTag<T>) {
@@ -120,7 +121,7 @@ Quotient Divide(CValue& left, const CValue& right) noexcept {
     return result;
 }
 
-Quotient Modulo(CValue& left, const CValue& right) noexcept {
+[[gnu::always_inline]] inline Quotient Modulo(CValue& left, const CValue& right) noexcept {
     if ((TypeBit(left.GetType()) & kModuloTypes) == 0) return Quotient::NotSupported;
     auto result = Quotient::Done;
     WithScalar(left.GetType(), [&]<typename T>(PayloadTag<T>) {
@@ -172,75 +173,98 @@ void DivideTime(CValue& time, const CValue& divisor) noexcept {
     StorePayload(time, SaturateTo<std::int64_t>(quotient));
 }
 
+// The operators on any two operands, in the order of their rules.
+
+[[gnu::noinline]] bool AddAny(CErrorLog& log, const ErrorLocation& location, CValue& left, CValue& right) {
+    if (ApplyUndefinedRule(left, right)) return true;
+    const MixedResult mixed = tn61131::AddMixed(log, location, left, right);
+    if (mixed != MixedResult::NotMine) return mixed == MixedResult::Done;
+    return PromoteAndApply<Plus>(log, location, left, right);
+}
+
+[[gnu::noinline]] bool SubAny(CErrorLog& log, const ErrorLocation& location, CValue& left, CValue& right) {
+    if (ApplyUndefinedRule(left, right)) return true;
+    if (tn61131::SubMixed(left, right) == MixedResult::Done) return true;
+    return PromoteAndApply<Minus>(log, location, left, right);
+}
+
+[[gnu::noinline]] bool MulAny(CErrorLog& log, const ErrorLocation& location, CValue& left, CValue& right) {
+    if (ApplyUndefinedRule(left, right)) return true;
+    if (left.GetType() == ElementaryType::Time && IsReal(right)) {
+        ScaleTime(left, right);
+        return true;
+    }
+    return PromoteAndApply<Times>(log, location, left, right);
+}
+
+// A zero divisor of a type outside ANY_MAGNITUDE (a bit string, a BOOL) gets past the test of the right operand's own
+// type and is met again in the division of the common type: integers refuse it, reals divide by it.
+[[gnu::noinline]] bool DivAny(CErrorLog& log, const ErrorLocation& location, CValue& left, CValue& right) {
+    if (ApplyUndefinedRule(left, right)) return true;
+    if (right.IsTypeOf(ElementaryType::AnyMagnitude) && right.IsZero()) {
+        return Fail<Message::DivisionByZero>(log, location);
+    }
+    if (left.GetType() == ElementaryType::Time && IsReal(right)) {
+        DivideTime(left, right);
+        return true;
+    }
+    if (!left.PromoteTypes(log, location, right)) return false;
+    const Quotient result = Divide(left, right);
+    if (result == Quotient::ZeroDivisor && IsReal(left)) {
+        DivideByZero(left, right);
+        return true;
+    }
+    return Finish(log, location, result, "/", left);
+}
+
+// Unlike in a division, the zero divisor is looked for after promotion, and one within ANY_MAGNITUDE is the result.
+[[gnu::noinline]] bool ModAny(CErrorLog& log, const ErrorLocation& location, CValue& left, CValue& right) {
+    if (ApplyUndefinedRule(left, right)) return true;
+    if (!left.PromoteTypes(log, location, right)) return false;
+    if (right.IsTypeOf(ElementaryType::AnyMagnitude) && right.IsZero()) {
+        StorePayload(left, right.GetPayload<std::uint64_t>());
+        return true;
+    }
+    return Finish(log, location, Modulo(left, right), "MOD", left);
+}
+
 }  // namespace
 
 bool CValue::Negate(CErrorLog& log, const ErrorLocation& location) {
     if (IsUndefined()) return true;
     const bool isDone = WithArithmetic(type_, [this]<typename T>(PayloadTag<T>) {
-        if constexpr (std::floating_point<T>)
+        if constexpr (std::floating_point<T>) {
             PutPayload(-GetPayload<T>());
-        else
+        } else {
             PutPayload(Minus::Apply<T>(0, GetPayload<T>()));
+        }
     });
     return isDone || Fail<Message::UnaryNotSupported>(log, location, "-", GetTypeName(false));
 }
 
 bool CValue::Add(CErrorLog& log, const ErrorLocation& location, CValue& right) {
     if (type_ == right.type_ && Apply<Plus>(*this, right)) return true;
-    if (ApplyUndefinedRule(*this, right)) return true;
-    const MixedResult mixed = tn61131::AddMixed(log, location, *this, right);
-    if (mixed != MixedResult::NotMine) return mixed == MixedResult::Done;
-    return PromoteAndApply<Plus>(log, location, *this, right);
+    return AddAny(log, location, *this, right);
 }
 
 bool CValue::Sub(CErrorLog& log, const ErrorLocation& location, CValue& right) {
     if (type_ == right.type_ && Apply<Minus>(*this, right)) return true;
-    if (ApplyUndefinedRule(*this, right)) return true;
-    if (tn61131::SubMixed(*this, right) == MixedResult::Done) return true;
-    return PromoteAndApply<Minus>(log, location, *this, right);
+    return SubAny(log, location, *this, right);
 }
 
 bool CValue::Mul(CErrorLog& log, const ErrorLocation& location, CValue& right) {
     if (type_ == right.type_ && Apply<Times>(*this, right)) return true;
-    if (ApplyUndefinedRule(*this, right)) return true;
-    if (type_ == ElementaryType::Time && IsReal(right)) {
-        ScaleTime(*this, right);
-        return true;
-    }
-    return PromoteAndApply<Times>(log, location, *this, right);
+    return MulAny(log, location, *this, right);
 }
 
-// A zero divisor of a type outside ANY_MAGNITUDE (a bit string, a BOOL) gets past the test of the right operand's own
-// type and is met again in the division of the common type: integers refuse it, reals divide by it.
 bool CValue::Div(CErrorLog& log, const ErrorLocation& location, CValue& right) {
     if (type_ == right.type_ && Divide(*this, right) == Quotient::Done) return true;
-    if (ApplyUndefinedRule(*this, right)) return true;
-    if (right.IsTypeOf(ElementaryType::AnyMagnitude) && right.IsZero()) {
-        return Fail<Message::DivisionByZero>(log, location);
-    }
-    if (type_ == ElementaryType::Time && IsReal(right)) {
-        DivideTime(*this, right);
-        return true;
-    }
-    if (!PromoteTypes(log, location, right)) return false;
-    const Quotient result = Divide(*this, right);
-    if (result == Quotient::ZeroDivisor && IsReal(*this)) {
-        DivideByZero(*this, right);
-        return true;
-    }
-    return Finish(log, location, result, "/", *this);
+    return DivAny(log, location, *this, right);
 }
 
-// Unlike in a division, the zero divisor is looked for after promotion, and one within ANY_MAGNITUDE is the result.
 bool CValue::Mod(CErrorLog& log, const ErrorLocation& location, CValue& right) {
     if (type_ == right.type_ && Modulo(*this, right) == Quotient::Done) return true;
-    if (ApplyUndefinedRule(*this, right)) return true;
-    if (!PromoteTypes(log, location, right)) return false;
-    if (right.IsTypeOf(ElementaryType::AnyMagnitude) && right.IsZero()) {
-        PutPayload(right.GetPayload<std::uint64_t>());
-        return true;
-    }
-    return Finish(log, location, Modulo(*this, right), "MOD", *this);
+    return ModAny(log, location, *this, right);
 }
 
 bool CValue::Pow(CErrorLog& log, const ErrorLocation& location, CValue& right) {

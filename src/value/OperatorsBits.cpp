@@ -76,17 +76,28 @@ struct RotateUp {
     }
 };
 
+/// Two operands of one type. False, nothing changed, for a type without this operator.
 template <typename Operation>
-bool Logical(CErrorLog& log, const ErrorLocation& location, CValue& left, CValue& right) {
-    if (!left.PromoteTypes(log, location, right)) return false;
+[[gnu::always_inline]] inline bool ApplyLogical(CValue& left, const CValue& right) noexcept {
     if (left.GetType() == ElementaryType::Bool) {
         left.SetBool(Operation::ApplyToBool(left.GetPayload<std::uint8_t>(), right.GetPayload<std::uint8_t>()));
         return true;
     }
-    const bool isDone = WithWidth(left.GetType(), [&]<typename T>(PayloadTag<T>) {
+    return WithWidth(left.GetType(), [&]<typename T>(PayloadTag<T>) {
         StorePayload(left, Operation::Apply(left.GetPayload<T>(), right.GetPayload<T>()));
     });
-    return isDone || RefuseOperator(log, location, Operation::kName, left);
+}
+
+template <typename Operation>
+[[gnu::noinline]] bool LogicalAny(CErrorLog& log, const ErrorLocation& location, CValue& left, CValue& right) {
+    if (!left.PromoteTypes(log, location, right)) return false;
+    return ApplyLogical<Operation>(left, right) || RefuseOperator(log, location, Operation::kName, left);
+}
+
+template <typename Operation>
+bool Logical(CErrorLog& log, const ErrorLocation& location, CValue& left, CValue& right) {
+    if (left.GetType() == right.GetType() && ApplyLogical<Operation>(left, right)) return true;
+    return LogicalAny<Operation>(log, location, left, right);
 }
 
 /// Counts are unsigned here: a negative one is beyond every width, and rotates as its two's complement does.

@@ -22,7 +22,7 @@ Order OrderOfSign(int comparison) noexcept {
 }
 
 /// Two numbers of one type; Failed for everything else.
-Order OrderOfScalars(const CValue& left, const CValue& right) noexcept {
+[[gnu::always_inline]] inline Order OrderOfScalars(const CValue& left, const CValue& right) noexcept {
     auto order = Order::Failed;
     WithScalar(left.GetType(),
                [&]<typename T>(PayloadTag<T>) { order = OrderOf(left.GetPayload<T>(), right.GetPayload<T>()); });
@@ -42,15 +42,22 @@ Order OrderOfSameType(const CValue& left, const CValue& right) noexcept {
     }
 }
 
-/// The common course of the comparison operators. `Test` says TRUE or FALSE for an order.
+/// `Test` says TRUE or FALSE for an order.
+template <typename Test>
+[[gnu::noinline]] bool CompareAny(CErrorLog& log, const ErrorLocation& location, CValue& left, CValue& right,
+                                  Test test) {
+    if (tn61131::ApplyUndefinedRule(left, right)) return true;
+    const Order order = left.CompareValue(log, location, right);
+    if (order == Order::Failed) return false;
+    left.SetBool(test(order));
+    return true;
+}
+
+/// The common course of the comparison operators; two numbers of one type are its fast path.
 template <typename Test>
 bool Compare(CErrorLog& log, const ErrorLocation& location, CValue& left, CValue& right, Test test) {
-    Order order = left.GetType() == right.GetType() ? OrderOfScalars(left, right) : Order::Failed;
-    if (order == Order::Failed) {
-        if (tn61131::ApplyUndefinedRule(left, right)) return true;
-        order = left.CompareValue(log, location, right);
-        if (order == Order::Failed) return false;
-    }
+    const Order order = left.GetType() == right.GetType() ? OrderOfScalars(left, right) : Order::Failed;
+    if (order == Order::Failed) return CompareAny(log, location, left, right, test);
     left.SetBool(test(order));
     return true;
 }

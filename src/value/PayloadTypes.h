@@ -24,7 +24,7 @@ void StorePayload(CValueLiteral& value, T payload) noexcept {
 
 /// Integers and bit strings by their width alone, for operations that do not look at the sign.
 template <typename Kernel>
-bool WithWidth(ElementaryType type, Kernel&& kernel) {
+[[gnu::always_inline]] inline bool WithWidth(ElementaryType type, Kernel&& kernel) {
     switch (type) {
         case ElementaryType::SInt:
         case ElementaryType::USInt:
@@ -44,7 +44,7 @@ bool WithWidth(ElementaryType type, Kernel&& kernel) {
 
 /// The types that add and multiply: those of WithWidth(), TIME and the reals.
 template <typename Kernel>
-bool WithArithmetic(ElementaryType type, Kernel&& kernel) {
+[[gnu::always_inline]] inline bool WithArithmetic(ElementaryType type, Kernel&& kernel) {
     switch (type) {
         case ElementaryType::SInt:
         case ElementaryType::USInt:
@@ -67,7 +67,7 @@ bool WithArithmetic(ElementaryType type, Kernel&& kernel) {
 
 /// Every type whose payload is one number, signed or unsigned as the type is; a BOOL is its byte.
 template <typename Kernel>
-bool WithScalar(ElementaryType type, Kernel&& kernel) {
+[[gnu::always_inline]] inline bool WithScalar(ElementaryType type, Kernel&& kernel) {
     switch (type) {
         case ElementaryType::SInt: kernel(PayloadTag<std::int8_t>{}); return true;
         case ElementaryType::Bool:
