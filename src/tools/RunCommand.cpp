@@ -106,10 +106,10 @@ class ImageRunner {
         return {0, {}, "The waveform file '" + options_.traceFile + "' cannot be written."};
     }
 
-    /// Standard error when a person sees it and the scans themselves do not already show how far the run is.
+    /// Standard error when a person sees it and the output on the same terminal leaves a line for it.
     std::ostream* ProgressOutput() const {
-        const bool scansAreShown = !options_.lastOnly && isatty(STDOUT_FILENO) != 0;
-        return isatty(STDERR_FILENO) != 0 && !scansAreShown ? &messages_ : nullptr;
+        const bool lineIsFree = isatty(STDOUT_FILENO) == 0 || (options_.lastOnly && !options_.json);
+        return isatty(STDERR_FILENO) != 0 && lineIsFree ? &messages_ : nullptr;
     }
 
     const RunOptions& options_;
