@@ -6,8 +6,8 @@
 
 #include "assembler/ImageListing.h"
 #include "platform/TextOutput.h"
+#include "tools/Describe.h"
 #include "tools/FileContent.h"
-#include "tools/HumanReport.h"
 #include "tools/Tool.h"
 
 namespace tn61131 {
