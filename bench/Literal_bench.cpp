@@ -132,7 +132,7 @@ void BM_ParseJSON(benchmark::State& state) {
         JSONValue json;
         benchmark::DoNotOptimize(json.Parse(context));
     }
-    state.SetBytesProcessed(static_cast<std::int64_t>(state.iterations() * text.size()));
+    state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(text.size()));
 }
 BENCHMARK(BM_ParseJSON);
 
@@ -147,7 +147,7 @@ void BM_WriteJSON(benchmark::State& state) {
         json.Write(output);
         benchmark::DoNotOptimize(output.GetText().data());
     }
-    state.SetBytesProcessed(static_cast<std::int64_t>(state.iterations() * text.size()));
+    state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(text.size()));
 }
 BENCHMARK(BM_WriteJSON);
 

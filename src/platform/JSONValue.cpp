@@ -57,7 +57,7 @@ const JSONValue* JSONValue::Find(std::string_view name) const noexcept {
     return found != members.rend() ? &found->value : nullptr;
 }
 
-bool operator==(const JSONValue& left, const JSONValue& right) noexcept {
+bool operator==(const JSONValue& left, const JSONValue& right) {
     return left.content_ == right.content_;
 }
 

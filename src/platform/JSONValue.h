@@ -60,7 +60,7 @@ class TN61131_API JSONValue {
     /// are not valid UTF-8 are passed on.
     void Write(CTextOutput& output) const;
 
-    friend bool operator==(const JSONValue& left, const JSONValue& right) noexcept;
+    friend bool operator==(const JSONValue& left, const JSONValue& right);
 
  private:
     std::variant<std::monostate, bool, double, std::string, Array, Object> content_;
@@ -71,7 +71,7 @@ struct JSONMember {
     std::string name;
     JSONValue value;
 
-    friend bool operator==(const JSONMember&, const JSONMember&) noexcept = default;
+    friend bool operator==(const JSONMember&, const JSONMember&) = default;
 };
 
 /// A JSON text to be read, which the caller keeps alive, and the log that takes its errors ("JSON, line 3, column 7:
