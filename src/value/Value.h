@@ -63,6 +63,8 @@ class TN61131_API CValue : public CValueConvert {
     /// Truncated to the type's width without a range test. For types without an integer payload only the type is set
     /// (and a type that owns an object is left empty).
     void SetInteger(long long value, ElementaryType type) noexcept;
+    /// The payload's bits as they are, under a type that owns nothing.
+    void SetBits(ElementaryType type, unsigned long long bits) noexcept { SetScalar(type, bits); }
     void SetFloat(float value) noexcept { SetScalar(ElementaryType::Real, value); }
     void SetDouble(double value) noexcept { SetScalar(ElementaryType::LReal, value); }
     void SetBool(bool value) noexcept { SetScalar(ElementaryType::Bool, static_cast<unsigned char>(value)); }

@@ -1,7 +1,9 @@
 // The run loop and the instructions.
 #include <algorithm>
+#include <cstring>
 
 #include "diag/Messages.h"
+#include "value/TypeTable.h"
 #include "vm/Opcodes.h"
 #include "vm/SFCControlBlocks.h"
 #include "vm/VirtualMachine.h"
@@ -11,14 +13,35 @@ namespace {
 
 constexpr unsigned int kEdgeRecordSize = 3;
 
-const ErrorLocation& NoLocation() noexcept {
-    return ErrorLocationNull::Get();
+/// Types whose bytes in memory are their payload. BOOL is not quite: there any byte but 0 means TRUE.
+constexpr std::uint32_t kPlainTypes = [] {
+    std::uint32_t types = 0;
+    for (const TypeInfo& info : kTypeTable) {
+        if (info.size != 0 && info.payload != PayloadKind::Bool && info.payload != PayloadKind::Type) {
+            types |= TypeBit(info.type);
+        }
+    }
+    return types;
+}();
+constexpr unsigned int kPayloadSize = 8;
+static_assert(kPayloadSize <= CMemoryBlock::kSlackSize && kPayloadSize <= CVirtualMachine::kCodePadding);
+
+/// Reads a number, time, pointer or BOOL; false for all other types. The bytes behind a narrow one are read with it:
+/// code and blocks have them.
+[[gnu::always_inline]] inline bool LoadPlain(CValue& out, ElementaryType type, const unsigned char* bytes) noexcept {
+    if (type == ElementaryType::Bool) {
+        out.SetBool(bytes[0] != 0);
+        return true;
+    }
+    if ((TypeBit(type) & kPlainTypes) == 0) return false;
+    out.SetBits(type, ReadOperand<std::uint64_t>(bytes));
+    return true;
 }
 
 /// Logs one message and ends the instruction.
 template <Message kMessage, InstructionResult kResult = InstructionResult::Failed, typename... Args>
-[[gnu::cold]] InstructionResult Stop(CErrorLog& log, const Args&... args) {
-    tn61131::Fail<kMessage>(log, NoLocation(), args...);
+[[gnu::cold, gnu::noinline]] InstructionResult Stop(CErrorLog& log, const Args&... args) {
+    tn61131::Fail<kMessage>(log, ErrorLocationNull::Get(), args...);
     return kResult;
 }
 
@@ -26,11 +49,40 @@ InstructionResult ContinueIf(bool succeeded) noexcept {
     return succeeded ? InstructionResult::Continue : InstructionResult::Failed;
 }
 
+bool IsZero(const CValue& value) noexcept {
+    return value.GetType() == ElementaryType::Bool ? value.GetPayload<unsigned char>() != 1 : value.IsZero();
+}
+
 }  // namespace
 
+[[gnu::always_inline]] inline unsigned char* CVirtualMachineExec::FindBytes(const CValue& pointer,
+                                                                            unsigned int size) const noexcept {
+    if (pointer.GetType() != ElementaryType::Pointer) return nullptr;
+    const auto address = pointer.GetPayload<PointerValue>();
+    const CMemoryBlock* block = nullptr;
+    unsigned int base = 0;
+    switch (address.location) {
+        case LocationKind::Global: block = globalData_; break;
+        case LocationKind::GlobalConstant: block = constants_; break;
+        case LocationKind::Local:
+            if (address.frame != depth_) return nullptr;
+            block = running_->localData.GetTargetBlock();
+            base = running_->localData.GetTargetMemOffset();
+            break;
+        case LocationKind::Temp:
+            if (address.frame != depth_) return nullptr;
+            block = &running_->tempData;
+            break;
+        default: return nullptr;
+    }
+    const unsigned int offset = base + address.offset;
+    const bool isInside = block != nullptr && offset >= base && block->IsDataWithinBlock(offset, size);
+    return isInside && block->GetVMData() != nullptr ? block->GetVMData() + offset : nullptr;
+}
+
 // Invariants: between instructions `pc` is inside the code or at its end, where zero bytes follow; currentInstruction_
-// is the instruction being executed, or the next one when the run is stopped between two. Members keep the program
-// counter only while no instruction runs.
+// is the instruction being executed, or the next one when the run is stopped between two. While the loop runs, pc_ is
+// only what an instruction that moves it was given and has left there.
 RunResult CVirtualMachineExec::ExecuteUntilCompleteOrSuspended(CErrorLog& log) {
     const Code code = GetCode();
     const unsigned char* pc = code.begin + pc_;
@@ -41,15 +93,18 @@ RunResult CVirtualMachineExec::ExecuteUntilCompleteOrSuspended(CErrorLog& log) {
         result = Dispatch(log, code, pc);
         if (result != InstructionResult::Continue) break;
         if (!CheckGlobalMemoryGuardBytes()) [[unlikely]] {
-            Stop<Message::GlobalMemoryCorruption>(log);
             result = InstructionResult::MemoryCorrupted;
         } else if (++instructionCount_ >= instructionLimit_) [[unlikely]] {
-            Stop<Message::InstructionLimit>(log, instructionLimit_);
             result = InstructionResult::LimitReached;
         } else {
             continue;
         }
         currentInstruction_ = static_cast<unsigned int>(pc - code.begin);
+        if (result == InstructionResult::MemoryCorrupted) {
+            Stop<Message::GlobalMemoryCorruption>(log);
+        } else {
+            Stop<Message::InstructionLimit>(log, instructionLimit_);
+        }
         break;
     }
     pc_ = static_cast<unsigned int>(pc - code.begin);
@@ -66,7 +121,9 @@ InstructionResult CVirtualMachineExec::ExecuteInstruction(CErrorLog& log) {
     return result;
 }
 
-inline InstructionResult CVirtualMachineExec::Dispatch(CErrorLog& log, const Code& code, const unsigned char*& pc) {
+// Only what is short or moves the program counter is done here, so that `pc` stays in a register.
+[[gnu::always_inline]] inline InstructionResult CVirtualMachineExec::Dispatch(CErrorLog& log, const Code& code,
+                                                                              const unsigned char*& pc) {
     const unsigned char opcode = *pc;
     const unsigned int length = kFixedLengths[opcode];
     // Also when running off the end: there opcode 0 is fetched, one byte that is not the code's.
@@ -77,11 +134,29 @@ inline InstructionResult CVirtualMachineExec::Dispatch(CErrorLog& log, const Cod
     pc += length;
     const auto typeOperand = [&] { return static_cast<ElementaryType>(operands[0]); };
     const auto jumpIf = [&](bool condition) {
-        return condition ? ExecJMP(log, code, pc, ReadOperand<std::int32_t>(operands)) : InstructionResult::Continue;
+        if (!condition) return InstructionResult::Continue;
+        const auto distance = ReadOperand<std::int32_t>(operands);
+        const std::int64_t target = (pc - code.begin) + std::int64_t{distance};
+        if (target < 0 || target >= code.end - code.begin) return Stop<Message::JumpOutsideCode>(log, distance);
+        pc = code.begin + target;
+        return InstructionResult::Continue;
+    };
+    const auto movePC = [&](auto&& instruction) {
+        pc_ = static_cast<unsigned int>(pc - code.begin);
+        const InstructionResult result = instruction();
+        pc = code.begin + pc_;
+        return result;
     };
     CValue& top = stack_.back();
     switch (static_cast<Opcode>(opcode)) {
-        case Opcode::LoadImmediate: return ExecLoadImmediate(log, code, pc);
+        case Opcode::LoadImmediate: {
+            const std::uint8_t size = GetTypeInfo(typeOperand()).size;
+            if (size <= static_cast<std::size_t>(code.end - pc) && LoadPlain(top, typeOperand(), pc)) {
+                pc += size;
+                return InstructionResult::Continue;
+            }
+            return movePC([&] { return ExecLoadImmediate(log, code); });
+        }
         case Opcode::LoadAddr: {
             const auto kind = static_cast<LocationKind>(operands[0]);
             const bool hasFrame = kind == LocationKind::Local || kind == LocationKind::Temp;
@@ -93,9 +168,17 @@ inline InstructionResult CVirtualMachineExec::Dispatch(CErrorLog& log, const Cod
             top.SetAddress(static_cast<std::uint16_t>(LocationKind::Tag), ReadOperand<std::uint16_t>(operands),
                            ReadOperand<std::uint32_t>(operands + 2));
             return InstructionResult::Continue;
-        case Opcode::PointerLoad: return ExecPointerLoad(log, typeOperand(), ReadOperand<std::uint16_t>(operands + 1));
-        case Opcode::PointerStore:
-            return ExecPointerStore(log, typeOperand(), ReadOperand<std::uint16_t>(operands + 1));
+        case Opcode::PointerLoad: {
+            const auto size = ReadOperand<std::uint16_t>(operands + 1);
+            const unsigned char* const bytes = FindBytes(top, size);
+            if (bytes != nullptr && LoadPlain(top, typeOperand(), bytes)) return InstructionResult::Continue;
+            return ExecPointerLoad(log, typeOperand(), size);
+        }
+        case Opcode::PointerStore: {
+            const auto size = ReadOperand<std::uint16_t>(operands + 1);
+            if (StorePlain(typeOperand(), size)) return InstructionResult::Continue;
+            return ExecPointerStore(log, typeOperand(), size);
+        }
         case Opcode::LoadStack: return ExecLoadStack(log, operands[0]);
         case Opcode::StoreStack: return ExecStoreStack(log, operands[0]);
         case Opcode::LoadStatus: return ExecLoadVMstatus(operands[0]);
@@ -103,41 +186,41 @@ inline InstructionResult CVirtualMachineExec::Dispatch(CErrorLog& log, const Cod
             return ExecPointerLoadArray(log, typeOperand(), ReadOperand<std::uint32_t>(operands + 1));
         case Opcode::Push: return ExecPush(log);
         case Opcode::Pop: return ExecPop(log);
-        case Opcode::Return: return ExecReturn(code, pc);
-        case Opcode::Convert: return ContinueIf(top.ChangeType(log, NoLocation(), typeOperand()));
-        case Opcode::Unary: return ContinueIf(top.UnaryOperation(log, NoLocation(), operands[0]));
+        case Opcode::Return: return movePC([&] { return ExecReturn(); });
+        case Opcode::Convert: return ContinueIf(top.ChangeType(log, noLocation_, typeOperand()));
+        case Opcode::Unary: return ContinueIf(top.UnaryOperation(log, noLocation_, operands[0]));
         case Opcode::Binary: return ExecBinary(log, operands[0]);
         case Opcode::Jump: return jumpIf(true);
-        case Opcode::JumpZero: return jumpIf(top.IsZero());
-        case Opcode::JumpNotZero: return jumpIf(!top.IsZero());
+        case Opcode::JumpZero: return jumpIf(IsZero(top));
+        case Opcode::JumpNotZero: return jumpIf(!IsZero(top));
         case Opcode::JumpUndefined: return jumpIf(top.IsUndefined());
         case Opcode::CallFunction: return ExecCallBuiltInFunc(log, operands, false);
-        case Opcode::Call: return ExecCallUserFunc(log, code, pc);
-        case Opcode::InitTempData: return ExecInitTempData(log, code, pc);
+        case Opcode::Call:
+            return movePC([&] { return ExecCallUserFunc(log, operands[0], ReadOperand<std::uint32_t>(operands + 1)); });
+        case Opcode::InitTempData: return movePC([&] { return ExecInitTempData(log, code); });
         case Opcode::InitLocalData:
             return GetPointerAddressFromStackTop(log, ReadOperand<std::uint32_t>(operands), running_->localData);
         case Opcode::CallFunctionBlock: return ExecCallBuiltInFunctionBlock(log, operands);
         case Opcode::PointerStoreEdge: return ExecPointerStoreEdge(log, operands[0] != 0);
         case Opcode::CallFunctionEno: return ExecCallBuiltInFunc(log, operands, true);
-        case Opcode::Truncate: return ContinueIf(top.Truncate(log, NoLocation(), typeOperand()));
+        case Opcode::Truncate: return ContinueIf(top.Truncate(log, noLocation_, typeOperand()));
         case Opcode::Sfc: return ExecuteSFC(log, operands[0], ReadOperand<std::uint16_t>(operands + 1));
     }
     return Stop<Message::InvalidInstruction, InstructionResult::Invalid>(log, opcode);
 }
 
 // LD literal  ( _ -- v )  message 210 when the data passes the end of the code, 211 when it makes no value.
-InstructionResult CVirtualMachineExec::ExecLoadImmediate(CErrorLog& log, const Code& code, const unsigned char*& pc) {
-    const unsigned char* const data = pc;
-    const unsigned char* const instruction = data - kFixedLengths[static_cast<unsigned char>(Opcode::LoadImmediate)];
+InstructionResult CVirtualMachineExec::ExecLoadImmediate(CErrorLog& log, const Code& code) {
+    const unsigned char* const data = code.begin + pc_;
+    const unsigned char* const instruction = code.begin + currentInstruction_;
     const std::uint64_t length = InstructionLength({instruction, code.end});
     if (length > static_cast<std::size_t>(code.end - instruction)) {
         return Stop<Message::InvalidInstruction, InstructionResult::Invalid>(log, instruction[0]);
     }
-    pc = instruction + length;
+    pc_ = currentInstruction_ + static_cast<unsigned int>(length);
     const auto type = static_cast<ElementaryType>(instruction[1]);
-    if (!stack_.back().SetFromDataBytes(type, data, static_cast<unsigned int>(pc - data))) {
-        return Stop<Message::InvalidImmediate>(log);
-    }
+    const auto size = static_cast<unsigned int>(instruction + length - data);
+    if (!stack_.back().SetFromDataBytes(type, data, size)) return Stop<Message::InvalidImmediate>(log);
     return InstructionResult::Continue;
 }
 
@@ -147,6 +230,28 @@ InstructionResult CVirtualMachineExec::ExecPointerLoad(CErrorLog& log, Elementar
     if (resolved != InstructionResult::Continue) return resolved;
     if (!pointerScratchA_.GetValueAtOffset(0, type, size, stack_.back())) return Stop<Message::InvalidImmediate>(log);
     return InstructionResult::Continue;
+}
+
+// The usual PTR ST, of a value that already has the type and has no object, into a block. False, nothing changed, for
+// every other.
+[[gnu::always_inline]] inline bool CVirtualMachineExec::StorePlain(ElementaryType type, unsigned int size) noexcept {
+    if (stack_.size() < 2) return false;
+    const CValue& pointer = stack_.back();
+    const CValue& value = (&pointer)[-1];
+    constexpr std::uint32_t kStoredTypes = kPlainTypes | TypeBit(ElementaryType::Bool);
+    const bool isPlain = value.GetType() == type && (TypeBit(type) & kStoredTypes) != 0;
+    const unsigned int typeSize = GetTypeInfo(type).size;
+    if (!isPlain || (type == ElementaryType::Pointer && size < typeSize)) return false;
+    unsigned char* const bytes = FindBytes(pointer, size);
+    if (bytes == nullptr) return false;
+    switch (typeSize) {
+        case 1: std::memcpy(bytes, value.GetValue(), 1); break;
+        case 2: std::memcpy(bytes, value.GetValue(), 2); break;
+        case 4: std::memcpy(bytes, value.GetValue(), 4); break;
+        default: std::memcpy(bytes, value.GetValue(), 8); break;
+    }
+    stack_.pop_back();
+    return true;
 }
 
 // PTR ST  ( v p -- v )  v is converted to the type, or for a COMPOSITE a pointer to what is copied; an undefined p
@@ -162,8 +267,8 @@ InstructionResult CVirtualMachineExec::ExecPointerStore(CErrorLog& log, Elementa
     stack_.pop_back();
     if (type != ElementaryType::Composite) {
         CValue& value = stack_.back();
-        if (!value.ChangeType(log, NoLocation(), type)) return InstructionResult::Failed;
-        return pointerScratchB_.SetValueAtOffset(access_, 0, size, value, NoLocation(), log);
+        if (!value.ChangeType(log, noLocation_, type)) return InstructionResult::Failed;
+        return pointerScratchB_.SetValueAtOffset(access_, 0, size, value, noLocation_, log);
     }
     resolved = GetPointerAddressFromStackTop(log, size, pointerScratchA_);
     if (resolved != InstructionResult::Continue) return resolved;
@@ -190,7 +295,7 @@ InstructionResult CVirtualMachineExec::ExecPointerStoreEdge(CErrorLog& log, bool
             pointerScratchB_.CopyDataFrom(0, pointerScratchA_, kEdgeRecordSize);
         return resolved;
     }
-    if (!value.ChangeTypeToBOOL(log, NoLocation())) return InstructionResult::Failed;
+    if (!value.ChangeTypeToBOOL(log, noLocation_)) return InstructionResult::Failed;
     pointerScratchB_.SetEdgeAtOffset(0, rising, !value.IsZero());
     return InstructionResult::Continue;
 }
@@ -205,7 +310,8 @@ InstructionResult CVirtualMachineExec::ExecPointerLoadArray(CErrorLog& log, Elem
 }
 
 // LD STACK  ( _ -- v )  overwrites the top with an entry of the frame; message 213 when the stack ends before it.
-InstructionResult CVirtualMachineExec::ExecLoadStack(CErrorLog& log, unsigned char index) {
+[[gnu::always_inline]] inline InstructionResult CVirtualMachineExec::ExecLoadStack(CErrorLog& log,
+                                                                                   unsigned char index) {
     const unsigned int position = running_->frameBase + index;
     if (position >= stack_.size()) return Stop<Message::StackOffsetBeyondEnd>(log, position);
     stack_.back() = stack_[position];
@@ -213,7 +319,8 @@ InstructionResult CVirtualMachineExec::ExecLoadStack(CErrorLog& log, unsigned ch
 }
 
 // ST STACK  ( v -- v )  copies the top into an entry of the frame; message 213 when the stack ends before it.
-InstructionResult CVirtualMachineExec::ExecStoreStack(CErrorLog& log, unsigned char index) {
+[[gnu::always_inline]] inline InstructionResult CVirtualMachineExec::ExecStoreStack(CErrorLog& log,
+                                                                                    unsigned char index) {
     const unsigned int position = running_->frameBase + index;
     if (position >= stack_.size()) return Stop<Message::StackOffsetBeyondEnd>(log, position);
     stack_[position] = stack_.back();
@@ -233,24 +340,24 @@ InstructionResult CVirtualMachineExec::ExecLoadVMstatus(unsigned char code) {
 }
 
 // PUSH  ( -- _ )  message 227 when the stack is full.
-InstructionResult CVirtualMachineExec::ExecPush(CErrorLog& log) {
+[[gnu::always_inline]] inline InstructionResult CVirtualMachineExec::ExecPush(CErrorLog& log) {
     if (stack_.size() >= limits_.maxStackEntries) return Stop<Message::InternalLogicError>(log, "Value stack overflow");
     stack_.emplace_back();
     return InstructionResult::Continue;
 }
 
 // POP  ( v -- )  message 209 for the bottom entry, which always stays.
-InstructionResult CVirtualMachineExec::ExecPop(CErrorLog& log) {
+[[gnu::always_inline]] inline InstructionResult CVirtualMachineExec::ExecPop(CErrorLog& log) {
     if (stack_.size() < 2) return Stop<Message::StackUnderflow, InstructionResult::Invalid>(log);
     stack_.pop_back();
     return InstructionResult::Continue;
 }
 
 // RET  ( a1 ... -- a1 )  leaves the first argument's entry as the result of the call.
-InstructionResult CVirtualMachineExec::ExecReturn(const Code& code, const unsigned char*& pc) {
+InstructionResult CVirtualMachineExec::ExecReturn() {
     if (depth_ == 0) return InstructionResult::Complete;
     Frame& frame = *running_;
-    pc = code.begin + frame.returnPC;
+    pc_ = frame.returnPC;
     stack_.resize(frame.stackSizeAfterReturn);
     FreeTempData(frame);
     EnterDepth(depth_ - 1);
@@ -258,19 +365,12 @@ InstructionResult CVirtualMachineExec::ExecReturn(const Code& code, const unsign
 }
 
 // Binary  ( a b -- a op b )  message 209; on failure both stay.
-InstructionResult CVirtualMachineExec::ExecBinary(CErrorLog& log, unsigned char operation) {
+[[gnu::always_inline]] inline InstructionResult CVirtualMachineExec::ExecBinary(CErrorLog& log,
+                                                                                unsigned char operation) {
     if (stack_.size() < 2) return Stop<Message::StackUnderflow>(log);
     CValue& right = stack_.back();
-    if (!(&right)[-1].BinaryOperation(log, NoLocation(), operation, right)) return InstructionResult::Failed;
+    if (!(&right)[-1].BinaryOperation(log, noLocation_, operation, right)) return InstructionResult::Failed;
     stack_.pop_back();
-    return InstructionResult::Continue;
-}
-
-// JMP, and the others when their condition holds  ( -- )  message 239 for a target outside the code.
-InstructionResult CVirtualMachineExec::ExecJMP(CErrorLog& log, const Code& code, const unsigned char*& pc, int offset) {
-    const std::int64_t target = (pc - code.begin) + std::int64_t{offset};
-    if (target < 0 || target >= code.end - code.begin) return Stop<Message::JumpOutsideCode>(log, offset);
-    pc = code.begin + target;
     return InstructionResult::Continue;
 }
 
@@ -293,25 +393,23 @@ InstructionResult CVirtualMachineExec::ExecCallBuiltInFunc(CErrorLog& log, const
 }
 
 // CALL  ( a1 ... aN -- a1 ... aN )  the callee addresses its arguments from its frame base on. Messages 222, 223, 227.
-InstructionResult CVirtualMachineExec::ExecCallUserFunc(CErrorLog& log, const Code& code, const unsigned char*& pc) {
-    const unsigned char* const operands = pc - (kFixedLengths[static_cast<unsigned char>(Opcode::Call)] - 1);
-    const unsigned char count = operands[0];
+InstructionResult CVirtualMachineExec::ExecCallUserFunc(CErrorLog& log, unsigned char count, unsigned int codeOffset) {
     if (count == 0) return Stop<Message::ZeroArgumentCount>(log);
     if (count > stack_.size()) return Stop<Message::TooFewArguments>(log, count, stack_.size());
     if (depth_ >= limits_.maxFrames) return Stop<Message::InternalLogicError>(log, "Call stack overflow");
     const CMemoryRef& callersLocalData = running_->localData;
     EnterDepth(depth_ + 1);
-    running_->returnPC = static_cast<unsigned int>(pc - code.begin);
+    running_->returnPC = pc_;
     running_->stackSizeAfterReturn = static_cast<unsigned int>(stack_.size()) - count + 1;
     running_->frameBase = static_cast<unsigned int>(stack_.size()) - count;
     running_->localData = callersLocalData;
-    pc = code.begin + ClampToCode(ReadOperand<std::uint32_t>(operands + 1));
+    pc_ = ClampToCode(codeOffset);
     return InstructionResult::Continue;
 }
 
 // INIT_TEMP_DATA  ( -- )  message 210 when the data passes the end of the code, 227 when it is too much.
-InstructionResult CVirtualMachineExec::ExecInitTempData(CErrorLog& log, const Code& code, const unsigned char*& pc) {
-    const unsigned char* const data = pc;
+InstructionResult CVirtualMachineExec::ExecInitTempData(CErrorLog& log, const Code& code) {
+    const unsigned char* const data = code.begin + pc_;
     const auto size = ReadOperand<std::uint32_t>(data - sizeof(std::uint32_t));
     if (size > static_cast<std::size_t>(code.end - data)) {
         return Stop<Message::InvalidInstruction, InstructionResult::Invalid>(
@@ -324,7 +422,7 @@ InstructionResult CVirtualMachineExec::ExecInitTempData(CErrorLog& log, const Co
     FreeTempData(frame);
     frame.tempData.CopyData(size, data);
     liveTempData_ += size;
-    pc += size;
+    pc_ += size;
     return InstructionResult::Continue;
 }
 
@@ -345,7 +443,7 @@ InstructionResult CVirtualMachineExec::ExecCallBuiltInFunctionBlock(CErrorLog& l
     const std::size_t enIndex = stack_.size() - count;
     CValue* const entries = &stack_[enIndex];
     bool en = false;
-    if (!entries[0].GetBoolValue(log, NoLocation(), en)) return InstructionResult::Invalid;
+    if (!entries[0].GetBoolValue(log, noLocation_, en)) return InstructionResult::Invalid;
     instance.SetBOOLAtOffset(0, en);
     instance.SetBOOLAtOffset(1, en);
     // Fewer entries than the fixed ones share them: with two, the instance pointer also stands for the ENO pointer.

@@ -50,22 +50,22 @@ CMemoryBlock& CMemoryBlock::operator=(const CMemoryBlock& other) {
     return *this;
 }
 
-CMemoryBlock::CMemoryBlock(CMemoryBlock&& other) noexcept
-    : CVMMemoryInterface(other),
-      data_(std::move(other.data_)),
-      kept_(std::move(other.kept_)),
-      capacity_(std::exchange(other.capacity_, 0)),
-      dataSize_(std::exchange(other.dataSize_, 0)),
-      allocatedSize_(std::exchange(other.allocatedSize_, 0)) {}
+CMemoryBlock::CMemoryBlock(CMemoryBlock&& other) noexcept : CVMMemoryInterface(other) {
+    TakeFrom(other);
+}
 
 CMemoryBlock& CMemoryBlock::operator=(CMemoryBlock&& other) noexcept {
-    if (this == &other) return *this;
+    if (this != &other) TakeFrom(other);
+    return *this;
+}
+
+void CMemoryBlock::TakeFrom(CMemoryBlock& other) noexcept {
     data_ = std::move(other.data_);
     kept_ = std::move(other.kept_);
+    guard_ = std::exchange(other.guard_, kGuard);
     capacity_ = std::exchange(other.capacity_, 0);
     dataSize_ = std::exchange(other.dataSize_, 0);
     allocatedSize_ = std::exchange(other.allocatedSize_, 0);
-    return *this;
 }
 
 CMemoryBlock::~CMemoryBlock() = default;
@@ -85,6 +85,7 @@ void CMemoryBlock::Allocate(unsigned int size) {
     }
     dataSize_ = size;
     allocatedSize_ = size + kGuardSize;
+    guard_ = data_.get() + size;
     std::memset(data_.get() + allocatedSize_, 0, kSlackSize);
     SetGuardBytes();
 }
@@ -123,6 +124,7 @@ void CMemoryBlock::AllocateNewData(unsigned int size) {
 void CMemoryBlock::FreeMemoryBlock() noexcept {
     data_.reset();
     kept_.reset();
+    guard_ = kGuard;
     capacity_ = 0;
     dataSize_ = 0;
     allocatedSize_ = 0;
@@ -135,6 +137,7 @@ void CMemoryBlock::EmptyForReuse() noexcept {
         return;
     }
     kept_ = std::move(data_);
+    guard_ = kGuard;
     Poison(kept_.get(), capacity_);
     dataSize_ = 0;
     allocatedSize_ = 0;

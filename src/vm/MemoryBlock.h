@@ -48,9 +48,7 @@ class TN61131_API CMemoryBlock final : public CVMMemoryInterface {
     void EmptyForReuse() noexcept;
     void SetGuardBytes() noexcept;
     /// True for an empty block.
-    [[nodiscard]] bool CheckGuardBytes() const noexcept {
-        return allocatedSize_ == 0 || std::memcmp(data_.get() + dataSize_, kGuard, kGuardSize) == 0;
-    }
+    [[nodiscard]] bool CheckGuardBytes() const noexcept { return std::memcmp(guard_, kGuard, kGuardSize) == 0; }
     /// Raw copy between two blocks, no checks.
     void CopyDataFrom(unsigned int offset, unsigned int sourceOffset, const CMemoryBlock* source,
                       unsigned int size) const noexcept;
@@ -83,9 +81,11 @@ class TN61131_API CMemoryBlock final : public CVMMemoryInterface {
 
     /// A buffer for `size` usable bytes, whose content is undefined, with guard and zeroed slack.
     void Allocate(unsigned int size);
+    void TakeFrom(CMemoryBlock& other) noexcept;
 
     std::unique_ptr<unsigned char[]> data_;  ///< null for an empty block
     std::unique_ptr<unsigned char[]> kept_;  ///< an emptied buffer; null unless data_ is
+    const unsigned char* guard_ = kGuard;    ///< behind the data; intact without data, so that the check needs no test
     std::size_t capacity_ = 0;               ///< bytes of the buffer, whichever holds it
     unsigned int dataSize_ = 0;
     unsigned int allocatedSize_ = 0;

@@ -46,7 +46,7 @@ bool CMemoryRef::CopyDataFrom(unsigned int offset, const CMemoryRef& source, uns
     return target_ != nullptr && target_->CopyDataFrom(Sum(offset_, offset), source, size);
 }
 
-unsigned char* CMemoryRef::Address(unsigned int offset, std::size_t size) const {
+unsigned char* CMemoryRef::GetBytes(unsigned int offset, std::size_t size) const {
     // Strings are the longest accesses: a count of 16 bits.
     const auto accessSize = static_cast<unsigned int>(size);
     const unsigned int position = Sum(offset_, offset);
@@ -59,18 +59,18 @@ unsigned char* CMemoryRef::Address(unsigned int offset, std::size_t size) const 
 template <typename T>
 T CMemoryRef::Read(unsigned int offset) const {
     T value{};
-    if (const unsigned char* address = Address(offset, sizeof(T))) std::memcpy(&value, address, sizeof(T));
+    if (const unsigned char* address = GetBytes(offset, sizeof(T))) std::memcpy(&value, address, sizeof(T));
     return value;
 }
 
 template <typename T>
 void CMemoryRef::Write(unsigned int offset, T value) const {
-    if (unsigned char* address = Address(offset, sizeof(T))) std::memcpy(address, &value, sizeof(T));
+    if (unsigned char* address = GetBytes(offset, sizeof(T))) std::memcpy(address, &value, sizeof(T));
 }
 
 template <typename T>
 void CMemoryRef::WriteString(unsigned int offset, unsigned short count, const T* units) const {
-    unsigned char* const address = Address(offset, sizeof(count) + count * sizeof(T));
+    unsigned char* const address = GetBytes(offset, sizeof(count) + count * sizeof(T));
     if (address == nullptr) return;
     std::memcpy(address, &count, sizeof(count));
     if (count != 0) std::memcpy(address + sizeof(count), units, count * sizeof(T));
@@ -143,14 +143,14 @@ unsigned short CMemoryRef::GetWSTRINGAtOffset(unsigned int offset, unsigned shor
                                               unsigned short maximum) const {
     const auto count = std::min(Read<unsigned short>(offset), maximum);
     const std::size_t bytes = count * sizeof(unsigned short);
-    const unsigned char* const address = Address(offset, sizeof(count) + bytes);
+    const unsigned char* const address = GetBytes(offset, sizeof(count) + bytes);
     if (address == nullptr || count == 0) return 0;
     std::memcpy(buffer, address + sizeof(count), bytes);
     return count;
 }
 
 bool CMemoryRef::SetEdgeAtOffset(unsigned int offset, bool rising, bool input) const {
-    unsigned char* const record = Address(offset, 3);
+    unsigned char* const record = GetBytes(offset, 3);
     if (record == nullptr) return false;
     BooleanEdge edge{.output = record[0] != 0, .input = input, .memory = record[2] != 0};
     if (rising) {

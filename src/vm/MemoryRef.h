@@ -44,6 +44,10 @@ class TN61131_API CMemoryRef final : public CVMMemoryInterface {
     [[nodiscard]] unsigned char* GetVMData() const override;
     bool CopyDataFrom(unsigned int offset, const CMemoryRef& source, unsigned int size) const override;
 
+    /// The address of `size` bytes at `offset`, for who works on a whole record; null when they are not the provider's.
+    /// Valid as long as the provider's data stays where it is.
+    [[nodiscard]] unsigned char* GetBytes(unsigned int offset, std::size_t size) const;
+
     void SetBOOLAtOffset(unsigned int offset, bool value) const;
     [[nodiscard]] bool GetBOOLAtOffset(unsigned int offset) const;
     void SetSINTAtOffset(unsigned int offset, signed char value) const;
@@ -78,8 +82,6 @@ class TN61131_API CMemoryRef final : public CVMMemoryInterface {
     [[nodiscard]] static unsigned int Sum(unsigned int left, unsigned int right) noexcept {
         return left <= UINT32_MAX - right ? left + right : UINT32_MAX;
     }
-    /// Null when `size` bytes at `offset` are not the provider's.
-    [[nodiscard]] unsigned char* Address(unsigned int offset, std::size_t size) const;
     template <typename T>
     [[nodiscard]] T Read(unsigned int offset) const;
     template <typename T>

@@ -1,13 +1,11 @@
 #include "vm/SFCControlBlocks.h"
 
+#include <cstdint>
+#include <cstring>
+
 #include "vm/BooleanEdge.h"
 #include "vm/MemoryRef.h"
 #include "vm/VirtualMachineExec.h"
-
-const VMSFCControlBlocks::ControlBlock VMSFCControlBlocks::m_ControlBlockLookup[m_ControlBlockLookupLength] = {
-    {1, 18, StepControlBlock},
-    {2, 180, ActionControlBlock},
-};
 
 namespace {
 
@@ -19,15 +17,15 @@ constexpr Offset kX = 0, kPreviousX = 1, kT = 2, kActivationTime = 10;
 }
 
 namespace flip_flop {
-constexpr Offset kSet = 0, kReset = 1, kQ = 2;
+constexpr Offset kSet = 0, kReset = 1, kQ = 2, kSize = 3;
 }
 
 namespace timer {
-constexpr Offset kIN = 0, kPT = 1, kQ = 9, kET = 10, kStartTime = 18, kPreviousIN = 26;
+constexpr Offset kIN = 0, kPT = 1, kQ = 9, kET = 10, kStartTime = 18, kPreviousIN = 26, kSize = 27;
 }
 
 namespace edge {
-constexpr Offset kCLK = 0, kQ = 1, kMemory = 2;
+constexpr Offset kCLK = 0, kQ = 1, kMemory = 2, kSize = 3;
 }
 
 namespace action {
@@ -43,28 +41,71 @@ constexpr Offset kFlipFlops[] = {kFlipFlopS, kFlipFlopSD, kFlipFlopDS, kFlipFlop
 constexpr Offset kTimers[] = {kTimerL, kTimerD, kTimerSD, kTimerDS, kTimerSL};
 }  // namespace action
 
+// A block is found once and then worked on as bytes: an evaluation touches some hundred fields.
+
+bool GetBool(const unsigned char* field) noexcept {
+    return *field != 0;
+}
+
+void SetBool(unsigned char* field, bool value) noexcept {
+    *field = value;
+}
+
+void CopyBool(unsigned char* block, Offset from, Offset to) noexcept {
+    block[to] = block[from] != 0;
+}
+
 /// Times wrap in 64 bits.
-long long Elapsed(long long now, long long start) noexcept {
-    return static_cast<long long>(static_cast<unsigned long long>(now) - static_cast<unsigned long long>(start));
+std::uint64_t GetTime(const unsigned char* field) noexcept {
+    std::uint64_t time;
+    std::memcpy(&time, field, sizeof(time));
+    return time;
 }
 
-void CopyBool(CMemoryRef& block, Offset from, Offset to) {
-    block.SetBOOLAtOffset(to, block.GetBOOLAtOffset(from));
+void SetTime(unsigned char* field, std::uint64_t time) noexcept {
+    std::memcpy(field, &time, sizeof(time));
 }
 
-BooleanEdge LoadEdge(const CMemoryRef& block, Offset base) {
-    return {.output = false,
-            .input = block.GetBOOLAtOffset(base + edge::kCLK),
-            .memory = block.GetBOOLAtOffset(base + edge::kMemory)};
+std::uint64_t Now(const CVirtualMachineExec& exec) noexcept {
+    return static_cast<std::uint64_t>(exec.GetCurrentTimestampMS());
 }
 
-void StoreEdge(CMemoryRef& block, unsigned int base, const BooleanEdge& result) {
-    block.SetBOOLAtOffset(base + edge::kQ, result.output);
-    block.SetBOOLAtOffset(base + edge::kMemory, result.memory);
+void RunFlipFlop(unsigned char* element) noexcept {
+    const bool isSet = GetBool(element + flip_flop::kSet) || GetBool(element + flip_flop::kQ);
+    SetBool(element + flip_flop::kQ, isSet && !GetBool(element + flip_flop::kReset));
 }
+
+void RunTimer(unsigned char* element, std::uint64_t now) noexcept {
+    const bool in = GetBool(element + timer::kIN);
+    bool q = false;
+    std::uint64_t elapsed = 0;
+    if (in && !GetBool(element + timer::kPreviousIN)) {
+        SetTime(element + timer::kStartTime, now);
+    } else if (in) {
+        const std::uint64_t preset = GetTime(element + timer::kPT);
+        elapsed = now - GetTime(element + timer::kStartTime);
+        q = static_cast<std::int64_t>(elapsed) >= static_cast<std::int64_t>(preset);
+        if (q) elapsed = preset;
+    }
+    SetBool(element + timer::kPreviousIN, in);
+    SetBool(element + timer::kQ, q);
+    SetTime(element + timer::kET, elapsed);
+}
+
+template <void (BooleanEdge::*kProcess)() noexcept>
+void RunTrigger(unsigned char* element) noexcept {
+    BooleanEdge trigger{
+        .output = false, .input = GetBool(element + edge::kCLK), .memory = GetBool(element + edge::kMemory)};
+    (trigger.*kProcess)();
+    SetBool(element + edge::kQ, trigger.output);
+    SetBool(element + edge::kMemory, trigger.memory);
+}
+
+constexpr auto kRunRisingEdge = RunTrigger<&BooleanEdge::ProcessRisingEdge>;
+constexpr auto kRunFallingEdge = RunTrigger<&BooleanEdge::ProcessFallingEdge>;
 
 /// Hands the qualifiers, the reset and the duration to the elements.
-void SetElementInputs(CMemoryRef& block) {
+void SetElementInputs(unsigned char* block) noexcept {
     for (const Offset flipFlop : action::kFlipFlops)
         CopyBool(block, action::kR, flipFlop + flip_flop::kReset);
     CopyBool(block, action::kS, action::kFlipFlopS + flip_flop::kSet);
@@ -76,22 +117,48 @@ void SetElementInputs(CMemoryRef& block) {
     CopyBool(block, action::kSD, action::kFlipFlopSD + flip_flop::kSet);
     CopyBool(block, action::kDS, action::kTimerDS + timer::kIN);
     CopyBool(block, action::kSL, action::kFlipFlopSL + flip_flop::kSet);
-    const long long duration = block.GetLINTAtOffset(action::kT);
+    const std::uint64_t duration = GetTime(block + action::kT);
     for (const Offset timerBase : action::kTimers)
-        block.SetLINTAtOffset(timerBase + timer::kPT, duration);
+        SetTime(block + timerBase + timer::kPT, duration);
+}
+
+void RunElements(unsigned char* block, std::uint64_t now) noexcept {
+    for (const Offset flipFlop : action::kFlipFlops)
+        RunFlipFlop(block + flipFlop);
+    for (const Offset timerBase : action::kTimers)
+        RunTimer(block + timerBase, now);
+    kRunRisingEdge(block + action::kEdgeP);
+    kRunRisingEdge(block + action::kEdgeP1);
+    kRunFallingEdge(block + action::kEdgeP0);
+
+    // The elements behind others see their outputs of this scan in a second run.
+    CopyBool(block, action::kFlipFlopSD + flip_flop::kQ, action::kTimerSD + timer::kIN);
+    CopyBool(block, action::kTimerDS + timer::kQ, action::kFlipFlopDS + flip_flop::kSet);
+    CopyBool(block, action::kFlipFlopSL + flip_flop::kQ, action::kTimerSL + timer::kIN);
+    RunTimer(block + action::kTimerSD, now);
+    RunTimer(block + action::kTimerDS, now);
+    RunTimer(block + action::kTimerSL, now);
 }
 
 /// Whether any qualifier keeps the action active.
-bool IsActive(const CMemoryRef& block) {
-    const auto flipFlop = [&](Offset base) { return block.GetBOOLAtOffset(base + flip_flop::kQ); };
-    const auto expired = [&](Offset base) { return block.GetBOOLAtOffset(base + timer::kQ); };
-    return block.GetBOOLAtOffset(action::kN) || flipFlop(action::kFlipFlopS) ||
-           (block.GetBOOLAtOffset(action::kL) && !expired(action::kTimerL)) || expired(action::kTimerD) ||
-           block.GetBOOLAtOffset(action::kEdgeP + edge::kQ) || expired(action::kTimerSD) ||
-           flipFlop(action::kFlipFlopDS) || (flipFlop(action::kFlipFlopSL) && !expired(action::kTimerSL));
+bool IsActive(const unsigned char* block) noexcept {
+    const auto flipFlop = [&](Offset base) { return GetBool(block + base + flip_flop::kQ); };
+    const auto expired = [&](Offset base) { return GetBool(block + base + timer::kQ); };
+    return GetBool(block + action::kN) || flipFlop(action::kFlipFlopS) ||
+           (GetBool(block + action::kL) && !expired(action::kTimerL)) || expired(action::kTimerD) ||
+           GetBool(block + action::kEdgeP + edge::kQ) || expired(action::kTimerSD) || flipFlop(action::kFlipFlopDS) ||
+           (flipFlop(action::kFlipFlopSL) && !expired(action::kTimerSL));
 }
 
+constexpr unsigned int kStepSize = 18;
+constexpr unsigned int kActionSize = 180;
+
 }  // namespace
+
+const VMSFCControlBlocks::ControlBlock VMSFCControlBlocks::m_ControlBlockLookup[m_ControlBlockLookupLength] = {
+    {1, kStepSize, StepControlBlock},
+    {2, kActionSize, ActionControlBlock},
+};
 
 InstructionResult VMSFCControlBlocks::ExecuteControlBlock(CVirtualMachineExec& exec, unsigned char type,
                                                           unsigned int dataSize, CMemoryRef& block, CErrorLog& log) {
@@ -103,78 +170,46 @@ InstructionResult VMSFCControlBlocks::ExecuteControlBlock(CVirtualMachineExec& e
 
 InstructionResult VMSFCControlBlocks::StepControlBlock(CVirtualMachineExec& exec, CMemoryRef& block,
                                                        CErrorLog& /*log*/) {
-    const bool isActive = block.GetBOOLAtOffset(step::kX);
+    unsigned char* const bytes = block.GetBytes(0, kStepSize);
+    if (bytes == nullptr) return InstructionResult::Continue;
+    const bool isActive = GetBool(bytes + step::kX);
     if (isActive) {
-        const long long now = exec.GetCurrentTimestampMS();
-        if (!block.GetBOOLAtOffset(step::kPreviousX)) block.SetLINTAtOffset(step::kActivationTime, now);
-        block.SetLINTAtOffset(step::kT, Elapsed(now, block.GetLINTAtOffset(step::kActivationTime)));
+        const std::uint64_t now = Now(exec);
+        if (!GetBool(bytes + step::kPreviousX)) SetTime(bytes + step::kActivationTime, now);
+        SetTime(bytes + step::kT, now - GetTime(bytes + step::kActivationTime));
     }
-    block.SetBOOLAtOffset(step::kPreviousX, isActive);
+    SetBool(bytes + step::kPreviousX, isActive);
     return InstructionResult::Continue;
 }
 
 InstructionResult VMSFCControlBlocks::ActionControlBlock(CVirtualMachineExec& exec, CMemoryRef& block,
                                                          CErrorLog& /*log*/) {
-    SetElementInputs(block);
-    for (const Offset flipFlop : action::kFlipFlops)
-        ExecuteRS(exec, block, flipFlop);
-    for (const Offset timerBase : action::kTimers)
-        ExecuteTON(exec, block, timerBase);
-    ExecuteRTRIG(exec, block, action::kEdgeP);
-    ExecuteRTRIG(exec, block, action::kEdgeP1);
-    ExecuteFTRIG(exec, block, action::kEdgeP0);
-
-    // The elements behind others see their outputs of this scan in a second run.
-    CopyBool(block, action::kFlipFlopSD + flip_flop::kQ, action::kTimerSD + timer::kIN);
-    CopyBool(block, action::kTimerDS + timer::kQ, action::kFlipFlopDS + flip_flop::kSet);
-    CopyBool(block, action::kFlipFlopSL + flip_flop::kQ, action::kTimerSL + timer::kIN);
-    ExecuteTON(exec, block, action::kTimerSD);
-    ExecuteTON(exec, block, action::kTimerDS);
-    ExecuteTON(exec, block, action::kTimerSL);
-
-    const bool q = !block.GetBOOLAtOffset(action::kR) && IsActive(block);
-    block.SetBOOLAtOffset(action::kQ, q);
-    block.SetBOOLAtOffset(action::kEdgeQ + edge::kCLK, q);
-    ExecuteFTRIG(exec, block, action::kEdgeQ);
-    block.SetBOOLAtOffset(action::kA, q || block.GetBOOLAtOffset(action::kEdgeQ + edge::kQ) ||
-                                          block.GetBOOLAtOffset(action::kEdgeP1 + edge::kQ) ||
-                                          block.GetBOOLAtOffset(action::kEdgeP0 + edge::kQ));
+    unsigned char* const bytes = block.GetBytes(0, kActionSize);
+    if (bytes == nullptr) return InstructionResult::Continue;
+    SetElementInputs(bytes);
+    RunElements(bytes, Now(exec));
+    const bool q = !GetBool(bytes + action::kR) && IsActive(bytes);
+    SetBool(bytes + action::kQ, q);
+    SetBool(bytes + action::kEdgeQ + edge::kCLK, q);
+    kRunFallingEdge(bytes + action::kEdgeQ);
+    const bool hasEdge = GetBool(bytes + action::kEdgeQ + edge::kQ) || GetBool(bytes + action::kEdgeP1 + edge::kQ) ||
+                         GetBool(bytes + action::kEdgeP0 + edge::kQ);
+    SetBool(bytes + action::kA, q || hasEdge);
     return InstructionResult::Continue;
 }
 
-void VMSFCControlBlocks::ExecuteRS(CVirtualMachineExec& /*exec*/, CMemoryRef& block, Offset base) {
-    const bool set = block.GetBOOLAtOffset(base + flip_flop::kSet);
-    const bool reset = block.GetBOOLAtOffset(base + flip_flop::kReset);
-    const bool q = block.GetBOOLAtOffset(base + flip_flop::kQ);
-    block.SetBOOLAtOffset(base + flip_flop::kQ, (set || q) && !reset);
+void VMSFCControlBlocks::ExecuteRS(CVirtualMachineExec& /*exec*/, CMemoryRef& block, unsigned int base) {
+    if (unsigned char* const element = block.GetBytes(base, flip_flop::kSize)) RunFlipFlop(element);
 }
 
-void VMSFCControlBlocks::ExecuteTON(CVirtualMachineExec& exec, CMemoryRef& block, Offset base) {
-    const bool in = block.GetBOOLAtOffset(base + timer::kIN);
-    const long long now = exec.GetCurrentTimestampMS();
-    bool q = false;
-    long long elapsed = 0;
-    if (in && !block.GetBOOLAtOffset(base + timer::kPreviousIN)) {
-        block.SetLINTAtOffset(base + timer::kStartTime, now);
-    } else if (in) {
-        const long long preset = block.GetLINTAtOffset(base + timer::kPT);
-        elapsed = Elapsed(now, block.GetLINTAtOffset(base + timer::kStartTime));
-        q = elapsed >= preset;
-        if (q) elapsed = preset;
-    }
-    block.SetBOOLAtOffset(base + timer::kPreviousIN, in);
-    block.SetBOOLAtOffset(base + timer::kQ, q);
-    block.SetLINTAtOffset(base + timer::kET, elapsed);
+void VMSFCControlBlocks::ExecuteTON(CVirtualMachineExec& exec, CMemoryRef& block, unsigned int base) {
+    if (unsigned char* const element = block.GetBytes(base, timer::kSize)) RunTimer(element, Now(exec));
 }
 
-void VMSFCControlBlocks::ExecuteRTRIG(CVirtualMachineExec& /*exec*/, CMemoryRef& block, Offset base) {
-    BooleanEdge trigger = LoadEdge(block, base);
-    trigger.ProcessRisingEdge();
-    StoreEdge(block, base, trigger);
+void VMSFCControlBlocks::ExecuteRTRIG(CVirtualMachineExec& /*exec*/, CMemoryRef& block, unsigned int base) {
+    if (unsigned char* const element = block.GetBytes(base, edge::kSize)) kRunRisingEdge(element);
 }
 
-void VMSFCControlBlocks::ExecuteFTRIG(CVirtualMachineExec& /*exec*/, CMemoryRef& block, Offset base) {
-    BooleanEdge trigger = LoadEdge(block, base);
-    trigger.ProcessFallingEdge();
-    StoreEdge(block, base, trigger);
+void VMSFCControlBlocks::ExecuteFTRIG(CVirtualMachineExec& /*exec*/, CMemoryRef& block, unsigned int base) {
+    if (unsigned char* const element = block.GetBytes(base, edge::kSize)) kRunFallingEdge(element);
 }

@@ -136,12 +136,17 @@ class TN61131_API CVirtualMachineExec : public CVirtualMachineGlobalMem {
                                        unsigned int writtenSize, const CValue& value);
     RunResult EndRun(CErrorLog& log, InstructionResult result);
 
-    // --- the instructions: operands decoded, `pc` already behind them ---
+    /// The bytes that a pointer leads to when they are in a block and all `size` are there; null where the general way
+    /// must decide, which also finds the message.
+    [[nodiscard]] unsigned char* FindBytes(const CValue& pointer, unsigned int size) const noexcept;
+
+    // --- the instructions: operands decoded; pc_ is only for those that move it ---
 
     InstructionResult Dispatch(CErrorLog& log, const Code& code, const unsigned char*& pc);
-    InstructionResult ExecLoadImmediate(CErrorLog& log, const Code& code, const unsigned char*& pc);
+    InstructionResult ExecLoadImmediate(CErrorLog& log, const Code& code);
     InstructionResult ExecPointerLoad(CErrorLog& log, ElementaryType type, unsigned int size);
     InstructionResult ExecPointerStore(CErrorLog& log, ElementaryType type, unsigned int size);
+    [[nodiscard]] bool StorePlain(ElementaryType type, unsigned int size) noexcept;
     InstructionResult ExecPointerStoreEdge(CErrorLog& log, bool rising);
     InstructionResult ExecPointerLoadArray(CErrorLog& log, ElementaryType type, unsigned int count);
     InstructionResult ExecLoadStack(CErrorLog& log, unsigned char index);
@@ -149,16 +154,16 @@ class TN61131_API CVirtualMachineExec : public CVirtualMachineGlobalMem {
     InstructionResult ExecLoadVMstatus(unsigned char code);
     InstructionResult ExecPush(CErrorLog& log);
     InstructionResult ExecPop(CErrorLog& log);
-    InstructionResult ExecReturn(const Code& code, const unsigned char*& pc);
+    InstructionResult ExecReturn();
     InstructionResult ExecBinary(CErrorLog& log, unsigned char operation);
-    InstructionResult ExecJMP(CErrorLog& log, const Code& code, const unsigned char*& pc, int offset);
     InstructionResult ExecCallBuiltInFunc(CErrorLog& log, const unsigned char* operands, bool eno);
-    InstructionResult ExecCallUserFunc(CErrorLog& log, const Code& code, const unsigned char*& pc);
-    InstructionResult ExecInitTempData(CErrorLog& log, const Code& code, const unsigned char*& pc);
+    InstructionResult ExecCallUserFunc(CErrorLog& log, unsigned char count, unsigned int codeOffset);
+    InstructionResult ExecInitTempData(CErrorLog& log, const Code& code);
     InstructionResult ExecCallBuiltInFunctionBlock(CErrorLog& log, const unsigned char* operands);
     InstructionResult ExecuteSFC(CErrorLog& log, unsigned char type, unsigned int size);
 
     const CClientAccessContext& access_;
+    const ErrorLocation& noLocation_ = ErrorLocationNull::Get();
     std::string hostTagName_;
     CVirtualMachine* image_;
     CBuiltInFunctions functions_;
@@ -168,7 +173,7 @@ class TN61131_API CVirtualMachineExec : public CVirtualMachineGlobalMem {
     std::uint32_t callerWord_ = 0;
     unsigned int programStart_ = 0;
     unsigned int currentInstruction_ = 0;  ///< code offset
-    unsigned int pc_ = 0;                  ///< code offset, current only between instructions
+    unsigned int pc_ = 0;                  ///< code offset; the run loop keeps a pointer instead
     std::vector<CValue> stack_;            ///< never empty
     std::deque<Frame> frames_;             ///< by depth; those deeper than the running one are kept for reuse
     Frame* running_;                       ///< frames_[depth_]
