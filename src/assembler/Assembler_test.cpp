@@ -6,6 +6,8 @@
 #include <gmock/gmock.h>
 
 #include "assembler/AssemblerTestSupport.h"
+#include "value/Operators.h"
+#include "vm/Opcodes.h"
 
 namespace {
 
@@ -258,6 +260,39 @@ TEST(AssembleLimits, AtTheLimitWorksAndOneOverFails) {
     EXPECT_EQ(ErrorsOf(".code\nPUSH\nPUSH\nNOT", limits), "4:4 the code is larger than 3 bytes\n");
     EXPECT_EQ(ErrorsOf(".code\nINIT_TEMP_DATA\n a : DINT\nEND_TEMP_DATA", limits),
               "3:10 the data is larger than 3 bytes\n4:14 the code is larger than 3 bytes\n");
+}
+
+std::string ReadManual() {
+    std::ifstream file("docs/assembler.md");
+    return {std::istreambuf_iterator<char>(file), {}};
+}
+
+TEST(AssemblerManual, ExampleAssembles) {
+    const std::string manual = ReadManual();
+    const std::string fence = "```tnasm\n";
+    const std::size_t start = manual.find(fence);
+    ASSERT_NE(start, std::string::npos);
+    const std::size_t end = manual.find("```\n", start + fence.size());
+    const AssembledImage image = Assemble(manual.substr(start + fence.size(), end - start - fence.size()));
+    // 0.25, then the string: the bytes that the declaration stands for.
+    EXPECT_EQ(ToHex(image.content.globalData.data).substr(0, 32), "00 00 80 3E 05 00 6E 6F 72 74 68");
+    EXPECT_EQ(image.content.programs.size(), 1U);
+}
+
+TEST(AssemblerManual, NamesEveryMnemonicAndOperator) {
+    const std::string manual = ReadManual();
+    for (const OpcodeInfo& info : kOpcodeTable)
+        EXPECT_THAT(manual, testing::HasSubstr(std::string(info.mnemonic)));
+    for (const std::string_view name : kBinaryOperatorNames)
+        EXPECT_THAT(manual, testing::HasSubstr(std::string(name)));
+    for (const std::string_view name : kUnaryOperatorNames)
+        EXPECT_THAT(manual, testing::HasSubstr(std::string(name)));
+}
+
+TEST(AssembleText, InvalidUtf8IsAnError) {
+    EXPECT_EQ(ErrorsOf(".global\na : STRING[4] := '\xE4'"), "2:19 the text is not valid UTF-8\n");
+    EXPECT_EQ(ErrorsOf("; \xC3\xA4 \xEF\xBF\xBD good"), "");
+    EXPECT_EQ(ErrorsOf("; \xC3\xA4 \xEF\xBF"), "1:5 the text is not valid UTF-8\n");
 }
 
 TEST(AssembleText, LineEndsAndByteOrderMark) {

@@ -4,6 +4,7 @@
 
 #include "assembler/SymbolType.h"
 #include "platform/FormatText.h"
+#include "platform/Transcode.h"
 
 std::uint32_t CountCharacters(std::string_view line, std::size_t at) noexcept {
     const std::string_view before = line.substr(0, at);
@@ -79,6 +80,20 @@ class CCommentStripper {
     std::size_t openedAt_ = 0;
 };
 
+/// The first byte of a line that is not valid UTF-8; the length of the line when all of it is.
+std::size_t FindInvalidByte(std::string_view line) {
+    constexpr std::string_view kReplacement = "\xEF\xBF\xBD";
+    std::size_t at = 0;
+    while (at < line.size()) {
+        char32_t character = 0;
+        const auto left = static_cast<unsigned int>(std::min<std::size_t>(line.size() - at, 4));
+        const unsigned int length = tn_codepoint_from_tnchar(line.data() + at, left, character);
+        if (character == kReplacementCharacter && line.substr(at, length) != kReplacement) break;
+        at += length;
+    }
+    return at;
+}
+
 constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
 
 }  // namespace
@@ -111,6 +126,10 @@ std::vector<std::string> SplitSourceLines(std::string_view text, std::vector<Sou
         if (inComment && !wasInComment) {
             opened.line = static_cast<std::uint32_t>(lines.size() + 1);
             opened.column = CountCharacters(original, stripper.GetOpenedAt()) + 1;
+        }
+        if (const std::size_t bad = FindInvalidByte(original); bad != original.size()) {
+            diagnostics.push_back({static_cast<std::uint32_t>(lines.size() + 1), CountCharacters(original, bad) + 1,
+                                   "the text is not valid UTF-8"});
         }
         lines.push_back(std::move(line));
         text.remove_prefix(end == std::string_view::npos ? text.size() : end + 1);

@@ -1,20 +1,21 @@
 #include "assembler/SymbolMap.h"
 #include "assembler/SymbolMapFormat.h"
 #include "platform/FormatText.h"
+#include "platform/Transcode.h"
 
 namespace {
 
-/// A text as a JSON string. Text that is not valid UTF-8 stays as it is.
+/// A text as a JSON string; bytes that are not valid UTF-8 become U+FFFD.
 std::string Quote(std::string_view text) {
     std::string quoted = "\"";
-    for (const char c : text) {
-        if (c == '"' || c == '\\') {
-            quoted += '\\';
-            quoted += c;
-        } else if (static_cast<unsigned char>(c) < 0x20) {
-            quoted += FormatText("\\u%04X", static_cast<unsigned char>(c));
+    while (!text.empty()) {
+        char32_t character = 0;
+        text.remove_prefix(tn_codepoint_from_tnchar(text.data(), static_cast<unsigned int>(text.size()), character));
+        if (character == '"' || character == '\\') quoted += '\\';
+        if (character < 0x20) {
+            quoted += FormatText("\\u%04X", static_cast<unsigned int>(character));
         } else {
-            quoted += c;
+            tn_append_codepoint_to_tnstring(quoted, character);
         }
     }
     return quoted + '"';
