@@ -47,7 +47,10 @@ class CAssembly {
     struct Directive {
         std::string_view name;
         Handler handler;
+        Section section = Section::None;  ///< the one that it begins
     };
+    static const std::array<Directive, 11> kDirectives;
+
     /// An entry of a table whose code offset may be a label.
     struct Entry {
         SourcePlace place;
@@ -68,30 +71,25 @@ class CAssembly {
     }
 
     bool ReadLine(Pass pass) {
-        static constexpr std::array<Directive, 11> kDirectives = {{
-            {".version", &CAssembly::ReadVersion},
-            {".build", &CAssembly::ReadBuild},
-            {".obsolete", &CAssembly::ReadObsolete},
-            {".program", &CAssembly::ReadProgram},
-            {".expression", &CAssembly::ReadExpression},
-            {".codeblock", &CAssembly::ReadCodeBlock},
-            {".global", &CAssembly::BeginGlobal},
-            {".constant", &CAssembly::BeginConstant},
-            {".tag", &CAssembly::BeginTag},
-            {".struct", &CAssembly::BeginStruct},
-            {".code", &CAssembly::BeginCode},
-        }};
         for (const Directive& directive : kDirectives) {
-            if (!TakeDirective(directive.name)) continue;
-            if (pass == Pass::Code) {
-                section_ = IsSameName(directive.name, ".code") ? Section::Code : Section::None;
-                return true;
-            }
-            FinishStruct();
-            return (this->*directive.handler)();
+            if (TakeDirective(directive.name)) return pass == Pass::Code ? SkipDirective(directive) : Begin(directive);
         }
         if (section_ == Section::Code) return pass != Pass::Code || code_.ReadLine();
         return pass == Pass::Code || ReadDataLine();
+    }
+
+    /// A section lasts until the next one; table entries may stand within.
+    bool Begin(const Directive& directive) {
+        if (directive.section != Section::None) {
+            FinishStruct();
+            section_ = directive.section;
+        }
+        return (this->*directive.handler)();
+    }
+
+    bool SkipDirective(const Directive& directive) {
+        if (directive.section != Section::None) section_ = directive.section;
+        return true;
     }
 
     bool TakeDirective(std::string_view name) {
@@ -134,7 +132,6 @@ class CAssembly {
     // --- structures ---
 
     bool BeginStruct() {
-        section_ = Section::Struct;
         structPlace_ = cursor_.Here();
         struct_ = std::make_shared<SymbolStruct>();
         if (!cursor_.ReadIdentifier("the name of the structure", struct_->name)) return false;
@@ -178,25 +175,17 @@ class CAssembly {
 
     // --- sections ---
 
-    bool BeginGlobal() { return BeginBlock(Section::Global, globals_); }
+    bool BeginGlobal() { return BeginBlock(globals_); }
     bool BeginConstant() {
         constantPlace_ = cursor_.Here();
-        return BeginBlock(Section::Constant, constants_);
+        return BeginBlock(constants_);
     }
-    bool BeginBlock(Section section, CAsmData& data) {
-        section_ = section;
+    bool BeginBlock(CAsmData& data) {
         std::uint32_t size = 0;
         if (!cursor_.AtLineEnd() && !cursor_.ReadUnsigned("a size in bytes", kHighest32, size)) return false;
         return data.Reserve(cursor_, size) && cursor_.ExpectLineEnd();
     }
-    bool BeginTag() {
-        section_ = Section::Tag;
-        return cursor_.ExpectLineEnd();
-    }
-    bool BeginCode() {
-        section_ = Section::Code;
-        return cursor_.ExpectLineEnd();
-    }
+    bool BeginNames() { return cursor_.ExpectLineEnd(); }
 
     // --- header and tables ---
 
@@ -329,6 +318,20 @@ class CAssembly {
     std::vector<Entry> expressions_;
     std::vector<Entry> codeBlocks_;
 };
+
+constexpr std::array<CAssembly::Directive, 11> CAssembly::kDirectives = {{
+    {".version", &CAssembly::ReadVersion},
+    {".build", &CAssembly::ReadBuild},
+    {".obsolete", &CAssembly::ReadObsolete},
+    {".program", &CAssembly::ReadProgram},
+    {".expression", &CAssembly::ReadExpression},
+    {".codeblock", &CAssembly::ReadCodeBlock},
+    {".global", &CAssembly::BeginGlobal, Section::Global},
+    {".constant", &CAssembly::BeginConstant, Section::Constant},
+    {".tag", &CAssembly::BeginNames, Section::Tag},
+    {".struct", &CAssembly::BeginStruct, Section::Struct},
+    {".code", &CAssembly::BeginNames, Section::Code},
+}};
 
 }  // namespace
 

@@ -110,6 +110,15 @@ TEST(AssembleData, SectionsGoOnAndReserve) {
     EXPECT_EQ(ToHex(image.content.constants.data), "02");
 }
 
+TEST(AssembleImage, TableEntriesDoNotEndASection) {
+    const AssembledImage image = Assemble(
+        ".global\na : BYTE := 1\n.expression 1 x\nb : BYTE := 2\n.struct S\nm : INT\n.version 5\nn : INT\n"
+        ".constant\nc : S\n.code\nPUSH\n.program Main x\nx: POP");
+    EXPECT_EQ(ToHex(image.content.globalData.data), "01 02");
+    EXPECT_EQ(ToHex(image.content.constants.data), "00 00 00 00");
+    EXPECT_EQ(ToHex(image.content.code), "0A 0B");
+}
+
 TEST(AssembleData, GuardCanBeDamaged) {
     const AssembledImage image = Assemble(".global\n.guard 01020304\n.constant\n.guard 05 06 07 08");
     EXPECT_EQ(image.content.globalData.guard, (ImageContent::Guard{1, 2, 3, 4}));
