@@ -52,15 +52,15 @@ class VariableLister {
 
     /// "[2,0]" of the element with a position in memory; the last dimension runs fastest.
     static std::string IndexText(const SymbolType& type, std::uint64_t position) {
-        std::string text;
+        std::string text = "]";
         for (std::size_t i = type.dimensions.size(); i-- > 0;) {
             const SymbolType::Range& range = type.dimensions[i];
             const auto extent = static_cast<std::uint64_t>(std::int64_t{range.upper} - range.lower + 1);
             const std::int64_t index = range.lower + static_cast<std::int64_t>(position % extent);
             position /= extent;
-            text = std::to_string(index) + (text.empty() ? "" : "," + text);
+            text.insert(0, (i == 0 ? "[" : ",") + std::to_string(index));
         }
-        return "[" + text + "]";
+        return text;
     }
 
     std::vector<WatchedVariable>& found_;

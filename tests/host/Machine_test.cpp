@@ -135,7 +135,7 @@ class HostMachineTest : public testing::Test {
     CErrorLog log_;
     CVirtualMachine machine_;
     CMemoryBlock globalData_;
-    const CClientAccessContext access_;
+    const CClientAccessContext access_{};
     HostTags tags_;
     HostFunctions functions_;
     HostBlocks blocks_;

@@ -132,7 +132,7 @@ class TankTest : public testing::Test {
     CVirtualMachine machine_;
     CMemoryBlock globalData_;
     TankPlant plant_;
-    const CClientAccessContext access_;
+    const CClientAccessContext access_{};
     std::unique_ptr<CVirtualMachineExec> exec_;
 };
 
