@@ -3,6 +3,7 @@
 #include <cstring>
 
 #include "diag/Messages.h"
+#include "value/CompositeValue.h"
 #include "value/TypeTable.h"
 #include "vm/Opcodes.h"
 #include "vm/SFCControlBlocks.h"
@@ -47,6 +48,24 @@ template <Message kMessage, InstructionResult kResult = InstructionResult::Faile
 
 InstructionResult ContinueIf(bool succeeded) noexcept {
     return succeeded ? InstructionResult::Continue : InstructionResult::Failed;
+}
+
+bool OwnsData(const CValue& value) noexcept {
+    return (TypeBit(value.GetType()) & kOwningTypes) != 0;
+}
+
+/// Bytes of the object that a value owns; 0 for one that owns none.
+std::uint64_t OwnedBytes(const CValue& value) noexcept {
+    switch (value.GetType()) {
+        case ElementaryType::String: return GetUnits(value.GetUtf8String()).size_bytes();
+        case ElementaryType::WString:
+        case ElementaryType::CompositeString: return GetUnits(value.GetUtf16String()).size_bytes();
+        case ElementaryType::Composite: {
+            const CCompositeValue* const composite = value.GetComposite();
+            return composite == nullptr ? 0 : composite->GetDataLength();
+        }
+        default: return 0;
+    }
 }
 
 bool IsZero(const CValue& value) noexcept {
@@ -209,6 +228,19 @@ InstructionResult CVirtualMachineExec::ExecuteInstruction(CErrorLog& log) {
     return Stop<Message::InvalidInstruction, InstructionResult::Invalid>(log, opcode);
 }
 
+// Only what comes in is counted, and what goes is not: when the sum may be too much, the stack is asked. That costs a
+// walk over the stack for each limit's worth of data, and nothing for a value that owns none.
+InstructionResult CVirtualMachineExec::CountValueData(CErrorLog& log, const CValue& value) {
+    if (!OwnsData(value)) return InstructionResult::Continue;
+    valueData_ += OwnedBytes(value);
+    if (valueData_ <= limits_.maxValueData) return InstructionResult::Continue;
+    valueData_ = 0;
+    for (const CValue& entry : stack_)
+        valueData_ += OwnedBytes(entry);
+    if (valueData_ <= limits_.maxValueData) return InstructionResult::Continue;
+    return Stop<Message::InternalLogicError>(log, "Value data overflow");
+}
+
 // LD literal  ( _ -- v )  message 210 when the data passes the end of the code, 211 when it makes no value.
 InstructionResult CVirtualMachineExec::ExecLoadImmediate(CErrorLog& log, const Code& code) {
     const unsigned char* const data = code.begin + pc_;
@@ -221,7 +253,7 @@ InstructionResult CVirtualMachineExec::ExecLoadImmediate(CErrorLog& log, const C
     const auto type = static_cast<ElementaryType>(instruction[1]);
     const auto size = static_cast<unsigned int>(instruction + length - data);
     if (!stack_.back().SetFromDataBytes(type, data, size)) return Stop<Message::InvalidImmediate>(log);
-    return InstructionResult::Continue;
+    return CountValueData(log, stack_.back());
 }
 
 // PTR LD  ( p -- v )  messages of the resolution; 211 when there is no value of the type.
@@ -229,7 +261,7 @@ InstructionResult CVirtualMachineExec::ExecPointerLoad(CErrorLog& log, Elementar
     const InstructionResult resolved = GetPointerAddressFromStackTop(log, size, pointerScratchA_);
     if (resolved != InstructionResult::Continue) return resolved;
     if (!pointerScratchA_.GetValueAtOffset(0, type, size, stack_.back())) return Stop<Message::InvalidImmediate>(log);
-    return InstructionResult::Continue;
+    return CountValueData(log, stack_.back());
 }
 
 // The usual PTR ST, of a value that already has the type and has no object, into a block. False, nothing changed, for
@@ -303,10 +335,9 @@ InstructionResult CVirtualMachineExec::ExecPointerStoreEdge(CErrorLog& log, bool
 // PTR LD ARRAY  ( p -- v )  the whole elements from p on, at most `count`.
 InstructionResult CVirtualMachineExec::ExecPointerLoadArray(CErrorLog& log, ElementaryType type, unsigned int count) {
     const InstructionResult resolved = GetPointerAddressFromStackTop(log, 0, pointerScratchA_);
-    if (resolved == InstructionResult::Continue) {
-        pointerScratchA_.GetCompositeValueAtOffset(0, type, count, stack_.back());
-    }
-    return resolved;
+    if (resolved != InstructionResult::Continue) return resolved;
+    pointerScratchA_.GetCompositeValueAtOffset(0, type, count, stack_.back());
+    return CountValueData(log, stack_.back());
 }
 
 // LD STACK  ( _ -- v )  overwrites the top with an entry of the frame; message 213 when the stack ends before it.
@@ -315,7 +346,7 @@ InstructionResult CVirtualMachineExec::ExecPointerLoadArray(CErrorLog& log, Elem
     const unsigned int position = running_->frameBase + index;
     if (position >= stack_.size()) return Stop<Message::StackOffsetBeyondEnd>(log, position);
     stack_.back() = stack_[position];
-    return InstructionResult::Continue;
+    return OwnsData(stack_.back()) ? CountValueData(log, stack_.back()) : InstructionResult::Continue;
 }
 
 // ST STACK  ( v -- v )  copies the top into an entry of the frame; message 213 when the stack ends before it.
@@ -324,7 +355,7 @@ InstructionResult CVirtualMachineExec::ExecPointerLoadArray(CErrorLog& log, Elem
     const unsigned int position = running_->frameBase + index;
     if (position >= stack_.size()) return Stop<Message::StackOffsetBeyondEnd>(log, position);
     stack_[position] = stack_.back();
-    return InstructionResult::Continue;
+    return OwnsData(stack_.back()) ? CountValueData(log, stack_.back()) : InstructionResult::Continue;
 }
 
 // LD STATUS  ( _ -- v )  1 whether the last built-in call succeeded, 2 the stack size, 3 the active calls.
@@ -388,8 +419,9 @@ InstructionResult CVirtualMachineExec::ExecCallBuiltInFunc(CErrorLog& log, const
                                              count > 1 ? result + 1 : nullptr, *result);
     stack_.resize(resultIndex + 1);
     // With ENO the program reads the failure with LD STATUS.
-    if (eno && lastFunctionResult_ == InstructionResult::Failed) return InstructionResult::Continue;
-    return lastFunctionResult_;
+    const bool goesOn =
+        lastFunctionResult_ == InstructionResult::Continue || (eno && lastFunctionResult_ == InstructionResult::Failed);
+    return goesOn ? CountValueData(log, stack_.back()) : lastFunctionResult_;
 }
 
 // CALL  ( a1 ... aN -- a1 ... aN )  the callee addresses its arguments from its frame base on. Messages 222, 223, 227.

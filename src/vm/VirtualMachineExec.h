@@ -27,6 +27,9 @@ struct ExecLimits {
     std::uint32_t maxStackEntries = 1048576;  ///< "Value stack overflow"
     std::uint64_t maxTempData =
         std::uint64_t{256} * 1024 * 1024;  ///< bytes of all live frames: "Temporary data overflow"
+    /// Bytes of the strings and composites that stack entries own: "Value data overflow". They are counted when they
+    /// are loaded, copied or returned by a function; the one that passes the limit has been made by then.
+    std::uint64_t maxValueData = std::uint64_t{256} * 1024 * 1024;
 };
 
 /// One execution context over an image: value stack, frames, program counter, instruction count. Belongs to one thread
@@ -161,6 +164,8 @@ class TN61131_API CVirtualMachineExec : public CVirtualMachineGlobalMem {
     InstructionResult ExecInitTempData(CErrorLog& log, const Code& code);
     InstructionResult ExecCallBuiltInFunctionBlock(CErrorLog& log, const unsigned char* operands);
     InstructionResult ExecuteSFC(CErrorLog& log, unsigned char type, unsigned int size);
+    /// Ends an instruction that has put `value` on the stack: message 227 when the stack owns too much data.
+    InstructionResult CountValueData(CErrorLog& log, const CValue& value);
 
     const CClientAccessContext& access_;
     const ErrorLocation& noLocation_ = ErrorLocationNull::Get();
@@ -179,6 +184,7 @@ class TN61131_API CVirtualMachineExec : public CVirtualMachineGlobalMem {
     Frame* running_;                       ///< frames_[depth_]
     unsigned int depth_ = 0;
     std::uint64_t liveTempData_ = 0;  ///< bytes of temporary data of all active frames
+    std::uint64_t valueData_ = 0;     ///< at least the bytes that stack entries own
     CMemoryRef pointerScratchA_;
     CMemoryRef pointerScratchB_;
     InstructionResult lastFunctionResult_ = InstructionResult::Continue;

@@ -318,4 +318,43 @@ TEST(ExecLimits, StopTheDefaultValueStackAtItsLimit) {
     EXPECT_EQ(machine.exec->GetInstructionCount(), 2 * 1048576U - 1);
 }
 
+TEST(ExecLimits, StopStringsOfTheStackOneByteTooMany) {
+    // 0 LD 'abcd' (8 bytes); 8 PUSH; 9 LD STACK[0]; 11 JMP to 8: four more bytes in each round.
+    Machine machine(Join({Ld(kString, {4, 0, 'a', 'b', 'c', 'd'}), Push(), LdStack(0), Jmp(-8)}));
+    machine.exec->SetLimits({.maxValueData = 40});
+    for (int scan = 0; scan < 3; ++scan) {
+        EXPECT_EQ(machine.Run(), RunResult::Failed);
+        EXPECT_EQ(machine.MessageText(), "Internal logic error: Value data overflow.");
+        EXPECT_EQ(machine.Ids(), Ids{227});
+        // The literal, nine rounds that fit, and the PUSH and LD STACK of the tenth.
+        EXPECT_EQ(machine.exec->GetInstructionCount(), 1U + 9 * 3 + 2);
+    }
+}
+
+TEST(ExecLimits, StopCompositesAndFunctionResultsToo) {
+    const Bytes pointer = LdAddr(kGlobal, 0);
+    Machine arrays(Join({pointer, PtrLdArray(kByte, 10), Push(), Jmp(-18)}), 10);
+    arrays.exec->SetLimits({.maxValueData = 35});
+    EXPECT_EQ(arrays.Run(), RunResult::Failed);
+    EXPECT_EQ(arrays.MessageText(), "Internal logic error: Value data overflow.");
+    EXPECT_EQ(arrays.exec->GetInstructionCount(), 3 * 4 + 2U);
+
+    // CONCAT('abcd', 1234567) has eleven bytes: at the limit, then one over.
+    Machine concat(Join({Push(), Ld(kString, {4, 0, 'a', 'b', 'c', 'd'}), Push(), Ld(kDInt, U32(1234567)),
+                         CallFunction(7, 5, 3), Ret()}));
+    concat.exec->SetLimits({.maxValueData = 11});
+    EXPECT_EQ(concat.Run(), RunResult::Completed);
+    concat.exec->SetLimits({.maxValueData = 10});
+    EXPECT_EQ(concat.Run(), RunResult::Failed);
+    EXPECT_EQ(concat.MessageText(), "Internal logic error: Value data overflow.");
+}
+
+TEST(ExecLimits, DoNotCountValueDataThatIsGone) {
+    // The same entry takes a string over and over.
+    Machine machine(Join({Ld(kString, {4, 0, 'a', 'b', 'c', 'd'}), Jmp(-13)}));
+    machine.exec->SetLimits({.maxValueData = 4});
+    EXPECT_EQ(machine.Run(0, 10000), RunResult::Failed);
+    EXPECT_EQ(machine.Ids(), Ids{229});
+}
+
 }  // namespace
