@@ -52,11 +52,12 @@ TEST_F(HostValueTest, PersistedAndRawForms) {
     CValue loaded;
     ASSERT_TRUE(loaded.LoadValue(14, input));
     EXPECT_TRUE(loaded.IsEqual(saved));
-    unsigned char raw[5];
-    ASSERT_EQ(loaded.GetRawDataSize(), sizeof(raw));
-    ASSERT_TRUE(loaded.GetRawData(raw, sizeof(raw)));
+    constexpr unsigned int kRawSize = 5;
+    unsigned char raw[8];  // what every fixed-size type may want
+    ASSERT_EQ(loaded.GetRawDataSize(), kRawSize);
+    ASSERT_TRUE(loaded.GetRawData(raw, kRawSize));
     CValue again;
-    EXPECT_TRUE(again.SetFromDataBytes(ElementaryType::String, raw, sizeof(raw)));
+    EXPECT_TRUE(again.SetFromDataBytes(ElementaryType::String, raw, kRawSize));
     EXPECT_EQ(Declaration(again), "STRING#'abc'");
 }
 
