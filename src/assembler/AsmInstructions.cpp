@@ -63,6 +63,7 @@ std::vector<CAsmCode::Row> CAsmCode::MakeRows() {
         {Opcode::Sfc, &CAsmCode::ReadSfc},
     }};
     std::vector<Row> rows;
+    rows.reserve(kHandlers.size());
     for (const auto& [code, handler] : kHandlers)
         rows.push_back({&InfoOf(code), handler});
     std::stable_sort(rows.begin(), rows.end(), [](const Row& left, const Row& right) {

@@ -189,7 +189,8 @@ bool IsCut(const CValue& value, std::string_view text) {
 void RoundToMillisecond(std::string_view text, CValue& value) {
     if ((TypeBit(value.GetType()) & kCalendarTypes) == 0 || value.GetType() == Date) return;
     CValue next = value;
-    next.SetInteger(static_cast<long long>(value.GetPayload<std::uint64_t>() + 1), value.GetType());
+    const std::uint64_t following = value.GetPayload<std::uint64_t>() + 1;
+    next.SetInteger(static_cast<long long>(following), value.GetType());
     CTextOutputString canonical;
     next.GetAsText(nullptr, canonical);
     if (canonical.GetText() == SkipPrefix(text)) value = std::move(next);

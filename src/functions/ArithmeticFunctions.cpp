@@ -44,12 +44,7 @@ std::span<const FunctionRow> CVMFuncArithmetic::GetTable() noexcept {
 CallStatus CVMFuncArithmetic::ExecuteFunction(CErrorLog& log, CBuiltInFunctionContext& context,
                                               unsigned char argumentCount, CValue* arguments, CValue& result) {
     if (argumentCount != 0) result = std::move(arguments[0]);
-    const FunctionRow* row = FindFunction(kRows, context.GetFunctionId());
-    if (row == nullptr) {
-        LogInvalidFunctionCode(log, context, kGroupWord, context.GetFunctionId());
-        return CallStatus::Invalid;
-    }
-    return CallFunction(*row, log, context, argumentCount, arguments, result);
+    return CallFunction(kRows, kGroupWord, log, context, argumentCount, arguments, result);
 }
 
 const char* CVMFuncArithmetic::GetFunctionName(unsigned char id) const {

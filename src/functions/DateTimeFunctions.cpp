@@ -147,12 +147,7 @@ std::span<const FunctionRow> VMFuncDateTime::GetTable() noexcept {
 
 CallStatus VMFuncDateTime::ExecuteFunction(CErrorLog& log, CBuiltInFunctionContext& context,
                                            unsigned char argumentCount, CValue* arguments, CValue& result) {
-    const FunctionRow* row = FindFunction(kRows, context.GetFunctionId());
-    if (row == nullptr) {
-        LogInvalidFunctionCode(log, context, kGroupWord, context.GetFunctionId());
-        return CallStatus::Invalid;
-    }
-    return CallFunction(*row, log, context, argumentCount, arguments, result);
+    return CallFunction(kRows, kGroupWord, log, context, argumentCount, arguments, result);
 }
 
 const char* VMFuncDateTime::GetFunctionName(unsigned char id) const {

@@ -40,6 +40,17 @@ CallStatus CallFunction(const FunctionRow& row, CErrorLog& log, CBuiltInFunction
     return row.body(log, context, argumentCount, arguments, result);
 }
 
+CallStatus CallFunction(std::span<const FunctionRow> rows, const char* groupWord, CErrorLog& log,
+                        CBuiltInFunctionContext& context, unsigned char argumentCount, CValue* arguments,
+                        CValue& result) {
+    const FunctionRow* row = FindFunction(rows, context.GetFunctionId());
+    if (row == nullptr) {
+        CVMFunc::LogInvalidFunctionCode(log, context, groupWord, context.GetFunctionId());
+        return CallStatus::Invalid;
+    }
+    return CallFunction(*row, log, context, argumentCount, arguments, result);
+}
+
 // clang-format off
 std::span<const FunctionGroup> GetFunctionGroups() noexcept {
     // A further group is one line here: every registry starts with these.

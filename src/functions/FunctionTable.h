@@ -64,6 +64,12 @@ struct FunctionRow {
                                                   CBuiltInFunctionContext& context, unsigned char argumentCount,
                                                   CValue* arguments, CValue& result);
 
+/// Calls the function of a group that `context` names. An id that the table does not have logs message 243 with the
+/// group's word and gives Invalid.
+[[nodiscard]] TN61131_API CallStatus CallFunction(std::span<const FunctionRow> rows, const char* groupWord,
+                                                  CErrorLog& log, CBuiltInFunctionContext& context,
+                                                  unsigned char argumentCount, CValue* arguments, CValue& result);
+
 /// The status of an operation that has logged why it failed.
 [[nodiscard]] constexpr CallStatus StatusOf(bool succeeded) noexcept {
     return succeeded ? CallStatus::Continue : CallStatus::Failed;

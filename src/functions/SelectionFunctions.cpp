@@ -79,12 +79,7 @@ std::span<const FunctionRow> CVMFuncSelection::GetTable() noexcept {
 
 CallStatus CVMFuncSelection::ExecuteFunction(CErrorLog& log, CBuiltInFunctionContext& context,
                                              unsigned char argumentCount, CValue* arguments, CValue& result) {
-    const FunctionRow* row = FindFunction(kRows, context.GetFunctionId());
-    if (row == nullptr) {
-        LogInvalidFunctionCode(log, context, kGroupWord, context.GetFunctionId());
-        return CallStatus::Invalid;
-    }
-    return CallFunction(*row, log, context, argumentCount, arguments, result);
+    return CallFunction(kRows, kGroupWord, log, context, argumentCount, arguments, result);
 }
 
 const char* CVMFuncSelection::GetFunctionName(unsigned char id) const {

@@ -82,12 +82,7 @@ std::span<const FunctionRow> CVMFuncSys::GetTable() noexcept {
 CallStatus CVMFuncSys::ExecuteFunction(CErrorLog& log, CBuiltInFunctionContext& context, unsigned char argumentCount,
                                        CValue* arguments, CValue& result) {
     if (context.GetVMExec() == nullptr) return CallStatus::Failed;
-    const FunctionRow* row = FindFunction(kRows, context.GetFunctionId());
-    if (row == nullptr) {
-        LogInvalidFunctionCode(log, context, kGroupWord, context.GetFunctionId());
-        return CallStatus::Invalid;
-    }
-    return CallFunction(*row, log, context, argumentCount, arguments, result);
+    return CallFunction(kRows, kGroupWord, log, context, argumentCount, arguments, result);
 }
 
 const char* CVMFuncSys::GetFunctionName(unsigned char id) const {

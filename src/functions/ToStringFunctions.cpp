@@ -157,12 +157,7 @@ std::span<const FunctionRow> CVMFuncToString::GetTable() noexcept {
 
 CallStatus CVMFuncToString::ExecuteFunction(CErrorLog& log, CBuiltInFunctionContext& context,
                                             unsigned char argumentCount, CValue* arguments, CValue& result) {
-    const FunctionRow* row = FindFunction(kRows, context.GetFunctionId());
-    if (row == nullptr) {
-        LogInvalidFunctionCode(log, context, kGroupWord, context.GetFunctionId());
-        return CallStatus::Invalid;
-    }
-    return CallFunction(*row, log, context, argumentCount, arguments, result);
+    return CallFunction(kRows, kGroupWord, log, context, argumentCount, arguments, result);
 }
 
 const char* CVMFuncToString::GetFunctionName(unsigned char id) const {

@@ -136,8 +136,8 @@ inline constexpr std::array<OpcodeInfo, 29> kOpcodeTable = {{
 }};
 
 consteval bool OpcodeTableIsIndexed() {
-    for (std::uint8_t i = 0; i < kOpcodeTable.size(); ++i) {
-        if (kOpcodeTable[i].code != Opcode{i}) return false;
+    for (std::size_t i = 0; i < kOpcodeTable.size(); ++i) {
+        if (kOpcodeTable[i].code != static_cast<Opcode>(i)) return false;
     }
     return true;
 }
