@@ -87,14 +87,19 @@ std::vector<std::string> SplitWatchNames(std::string_view list) {
 
 bool FindWatched(const CSymbolMap& map, const std::vector<std::string>& names, std::vector<WatchedVariable>& watched,
                  std::string& error) {
+    VariableLister lister(watched, kMaxWatched + 1);
     for (const std::string& name : names) {
-        WatchedVariable variable{name, {}};
-        if (!map.Find(name, variable.reference, error)) return false;
-        if (!HasFixedPlace(variable.reference.location)) {
+        SymbolReference reference;
+        if (!map.Find(name, reference, error)) return false;
+        if (!HasFixedPlace(reference.location)) {
             error = "'" + name + "' has no fixed place: it lives only while its function runs";
             return false;
         }
-        watched.push_back(std::move(variable));
+        lister.Add(name, std::move(reference));
+        if (watched.size() > kMaxWatched) {
+            error = "'" + name + "' makes more than " + std::to_string(kMaxWatched) + " watched variables";
+            return false;
+        }
     }
     return true;
 }

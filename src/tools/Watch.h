@@ -30,7 +30,11 @@ struct WatchMemory {
 /// Splits "a,b[1,2],c" at the commas outside brackets; empty parts are dropped.
 [[nodiscard]] std::vector<std::string> SplitWatchNames(std::string_view list);
 
-/// Finds each name in the map. False, the reason in `error`, at the first that means nothing or has no fixed place.
+/// What one run may watch.
+inline constexpr std::size_t kMaxWatched = 10000;
+
+/// Finds each name in the map; a structure or an array stands for its elements. False, the reason in `error`, at the
+/// first that means nothing, has no fixed place or makes the variables more than kMaxWatched.
 [[nodiscard]] bool FindWatched(const CSymbolMap& map, const std::vector<std::string>& names,
                                std::vector<WatchedVariable>& watched, std::string& error);
 

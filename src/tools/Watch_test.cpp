@@ -52,6 +52,26 @@ TEST(ListVariables, GivesMembersAndElementsOfWhatHasAFixedPlace) {
     EXPECT_THAT(NamesOf(ListVariables(MakeMap(), 3)), ElementsAre("run", "Main.t.EN", "Main.t.ENO"));
 }
 
+TEST(FindWatched, AWholeStandsForItsElements) {
+    std::vector<WatchedVariable> watched;
+    std::string error;
+    ASSERT_TRUE(FindWatched(MakeMap(), {"GRID", "run"}, watched, error)) << error;
+    EXPECT_THAT(NamesOf(watched), ElementsAre("GRID[1,-1]", "GRID[1,0]", "GRID[2,-1]", "GRID[2,0]", "run"));
+}
+
+TEST(FindWatched, TooManyElementsAreRefused) {
+    const SymbolType byteType = SymbolType::MakeElementary(ElementaryType::Byte);
+    CSymbolMap map;
+    map.AddVariable({.scope = "", .name = "fits", .type = SymbolType::MakeArray({{1, 10000}}, byteType)});
+    map.AddVariable({.scope = "", .name = "huge", .type = SymbolType::MakeArray({{0, 10000}}, byteType)});
+    std::vector<WatchedVariable> watched;
+    std::string error;
+    EXPECT_TRUE(FindWatched(map, {"fits"}, watched, error)) << error;
+    watched.clear();
+    EXPECT_FALSE(FindWatched(map, {"huge"}, watched, error));
+    EXPECT_EQ(error, "'huge' makes more than 10000 watched variables");
+}
+
 TEST(ReadWatched, ReadsEveryMemory) {
     CMemoryBlock globalData;
     globalData.AllocateNewData(14);
