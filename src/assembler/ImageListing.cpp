@@ -66,7 +66,7 @@ std::string FormatPart(const SymbolType& type, std::uint64_t offset) {
         for (auto range = type.dimensions.rbegin(); range != type.dimensions.rend(); ++range) {
             const auto extent = static_cast<std::uint64_t>(std::int64_t{range->upper} - range->lower + 1);
             const std::int64_t number = range->lower + static_cast<std::int64_t>(index % extent);
-            indices = FormatText("%lld", number) + (indices.empty() ? "" : "," + indices);
+            indices.insert(0, FormatText(indices.empty() ? "%lld" : "%lld,", number));
             index /= extent;
         }
         return '[' + indices + ']' + FormatPart(*type.element, offset % size);

@@ -1,9 +1,9 @@
 #include "assembler/SymbolType.h"
 
 #include <algorithm>
-#include <array>
 #include <limits>
 
+#include "functions/FunctionTable.h"
 #include "platform/FormatText.h"
 #include "value/VMTypeValue.h"
 #include "value/ValueType.h"
@@ -21,49 +21,26 @@ char FoldCase(char c) noexcept {
     return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
 }
 
-using enum ElementaryType;
-
-/// One field of a standard block's instance data; fields are packed in the order of the table.
-struct Field {
-    const char* name;
-    ElementaryType type;
-};
-
-struct StandardBlock {
-    const char* name;
-    std::array<Field, 8> fields;
-};
-
-// Every block begins with EN and ENO. The edge fields of the counters and the last two of the timers are internal
-// state.
-constexpr std::array kStandardBlocks = {
-    StandardBlock{"SR", {{{"S1", Bool}, {"R", Bool}, {"Q1", Bool}}}},
-    StandardBlock{"RS", {{{"S", Bool}, {"R1", Bool}, {"Q1", Bool}}}},
-    StandardBlock{"R_TRIG", {{{"CLK", Bool}, {"Q", Bool}, {"M", Bool}}}},
-    StandardBlock{"F_TRIG", {{{"CLK", Bool}, {"Q", Bool}, {"M", Bool}}}},
-    StandardBlock{"CTU",
-                  {{{"EDGE", Bool}, {"CU", Bool}, {"M", Bool}, {"R", Bool}, {"PV", Int}, {"Q", Bool}, {"CV", Int}}}},
-    StandardBlock{"CTD",
-                  {{{"EDGE", Bool}, {"CD", Bool}, {"M", Bool}, {"LD", Bool}, {"PV", Int}, {"Q", Bool}, {"CV", Int}}}},
-    StandardBlock{"TP", {{{"IN", Bool}, {"PT", Time}, {"Q", Bool}, {"ET", Time}, {"START", LInt}, {"M", Bool}}}},
-    StandardBlock{"TON", {{{"IN", Bool}, {"PT", Time}, {"Q", Bool}, {"ET", Time}, {"START", LInt}, {"M", Bool}}}},
-    StandardBlock{"TOF", {{{"IN", Bool}, {"PT", Time}, {"Q", Bool}, {"ET", Time}, {"START", LInt}, {"M", Bool}}}},
-};
-
-void AddField(SymbolStruct& structure, const Field& field) {
-    structure.members.push_back({field.name, structure.size, SymbolType::MakeElementary(field.type)});
-    structure.size += CValueType(field.type).GetSize();
-}
-
-std::shared_ptr<const SymbolStruct> MakeStandardStruct(const StandardBlock& block) {
+/// The instance data of a function block of the library.
+std::shared_ptr<const SymbolStruct> MakeBlockStruct(const BlockRow& row) {
     auto structure = std::make_shared<SymbolStruct>();
-    structure->name = block.name;
-    AddField(*structure, {"EN", Bool});
-    AddField(*structure, {"ENO", Bool});
-    for (const Field& field : block.fields) {
-        if (field.name != nullptr) AddField(*structure, field);
+    structure->name = row.name;
+    structure->size = row.dataSize;
+    structure->members.reserve(row.fields.size());
+    for (const BlockField& field : row.fields) {
+        structure->members.push_back({field.name, field.offset, SymbolType::MakeElementary(field.type)});
     }
     return structure;
+}
+
+std::vector<std::shared_ptr<const SymbolStruct>> MakeBlockStructs() {
+    std::vector<std::shared_ptr<const SymbolStruct>> structs;
+    for (const BlockGroup& group : GetBlockGroups()) {
+        structs.reserve(structs.size() + group.rows.size());
+        for (const BlockRow& row : group.rows)
+            structs.push_back(MakeBlockStruct(row));
+    }
+    return structs;
 }
 
 }  // namespace
@@ -146,12 +123,7 @@ const SymbolMember* SymbolStruct::FindMember(std::string_view memberName) const 
 }
 
 std::shared_ptr<const SymbolStruct> FindStandardBlockStruct(std::string_view name) {
-    static const auto kStructs = [] {
-        std::vector<std::shared_ptr<const SymbolStruct>> structs;
-        for (const StandardBlock& block : kStandardBlocks)
-            structs.push_back(MakeStandardStruct(block));
-        return structs;
-    }();
+    static const auto kStructs = MakeBlockStructs();
     for (const auto& structure : kStructs) {
         if (IsSameName(structure->name, name)) return structure;
     }
