@@ -223,6 +223,16 @@ TEST(ListedImage, AssemblesToTheSameImage) {
     }
 }
 
+TEST(ListedImage, NamesThatAreNotValidUtf8AreQuoted) {
+    ImageContent image;
+    image.version = 5;
+    image.code = {12};
+    image.programs.push_back({"Ma\xEEn", 0, 0});
+    const std::string text = List(image);
+    EXPECT_NE(text.find(".program 'Ma$EEn' "), std::string::npos) << text;
+    EXPECT_EQ(Assemble(text).content, image);
+}
+
 TEST(ListedImage, ShowsHeaderBlocksTablesAndCode) {
     const AssembledImage image = Assemble(R"(
 .build 'P' 1.2.3.4 5 'r'

@@ -108,7 +108,8 @@ std::size_t QuotedLength(std::string_view text, std::size_t at) noexcept {
 }
 
 bool IsIdentifier(std::string_view text) noexcept {
-    return !text.empty() && IsLetter(text.front()) && WordLength(text) == text.size();
+    return !text.empty() && IsLetter(text.front()) && WordLength(text) == text.size() &&
+           FindInvalidByte(text) == text.size();
 }
 
 std::vector<std::string> SplitSourceLines(std::string_view text, std::vector<SourceDiagnostic>& diagnostics) {
