@@ -47,7 +47,8 @@ template <typename T>
 [[nodiscard]] T SaturateTo(double number) noexcept {
     constexpr T kMin = std::numeric_limits<T>::min();
     constexpr T kMax = std::numeric_limits<T>::max();
-    constexpr double kBeyond = 2.0 * static_cast<double>(kMax / 2 + 1);  // a power of two, so exact
+    constexpr T kHalf = kMax / 2 + 1;  // a power of two, so exact as a floating-point number
+    constexpr double kBeyond = 2.0 * static_cast<double>(kHalf);
     if (number != number) return 0;
     if (number <= static_cast<double>(kMin)) return kMin;
     if (number >= kBeyond) return kMax;

@@ -22,11 +22,11 @@ enum class PayloadKind : std::uint8_t {
 /// What the system knows of one elementary type. Everything that asks for a name, a size, a range or a rank reads it
 /// here.
 struct TypeInfo {
-    ElementaryType type;     ///< equals the row's index
-    const char* name;        ///< long form
-    const char* shortName;   ///< abbreviated form of the time and date types, else the long one
-    std::uint8_t size;       ///< bytes in the machine's memory; 0 where it varies
-    std::int8_t precedence;  ///< rank in promotion; -1 for none
+    ElementaryType type;    ///< equals the row's index
+    const char* name;       ///< long form
+    const char* shortName;  ///< abbreviated form of the time and date types, else the long one
+    std::uint8_t size;      ///< bytes in the machine's memory; 0 where it varies
+    short precedence;       ///< rank in promotion; -1 for none
     PayloadKind payload;
 };
 
