@@ -7,16 +7,7 @@ namespace {
 
 using namespace value_testing;
 
-class ConvertDate : public ValueTest {
- protected:
-    void ExpectConversion(const CValue& from, const CValue& to) {
-        SCOPED_TRACE(::testing::PrintToString(from) + " to " + to.GetTypeName(false));
-        CValue value(from);
-        EXPECT_TRUE(value.ChangeType(log_, here_, to.GetType()));
-        EXPECT_THAT(value, IsValue(to));
-        ExpectNoMessage();
-    }
-};
+class ConvertDate : public ValueTest {};
 
 struct Row {
     CValue from;

@@ -8,16 +8,7 @@ namespace {
 
 using namespace value_testing;
 
-class ConvertNumber : public ValueTest {
- protected:
-    void ExpectConversion(const CValue& from, const CValue& to) {
-        SCOPED_TRACE(::testing::PrintToString(from) + " to " + to.GetTypeName(false));
-        CValue value(from);
-        EXPECT_TRUE(value.ChangeType(log_, here_, to.GetType()));
-        EXPECT_THAT(value, IsValue(to));
-        ExpectNoMessage();
-    }
-};
+class ConvertNumber : public ValueTest {};
 
 struct Row {
     CValue from;

@@ -13,13 +13,6 @@ using namespace value_testing;
 
 class ConvertText : public ValueTest {
  protected:
-    void ExpectConversion(const CValue& from, const CValue& to) {
-        SCOPED_TRACE(::testing::PrintToString(from) + " to " + to.GetTypeName(false));
-        CValue value(from);
-        EXPECT_TRUE(value.ChangeType(log_, here_, to.GetType()));
-        EXPECT_THAT(value, IsValue(to));
-        ExpectNoMessage();
-    }
     void ExpectDisplay(const CDataFormatSettings* settings, const CValue& from, const CValue& to) {
         SCOPED_TRACE(::testing::PrintToString(from));
         CValue value(from);

@@ -97,6 +97,14 @@ class ValueTest : public ::testing::Test {
         EXPECT_THAT(Ids(log_), ::testing::IsEmpty());
         log_.Clear();
     }
+    /// The first value becomes the second, type and all, without a message.
+    void ExpectConversion(const CValue& from, const CValue& to) {
+        SCOPED_TRACE(::testing::PrintToString(from) + " to " + to.GetTypeName(false));
+        CValue value(from);
+        EXPECT_TRUE(value.ChangeType(log_, here_, to.GetType()));
+        EXPECT_THAT(value, IsValue(to));
+        ExpectNoMessage();
+    }
 
     CErrorLog log_;
     const ErrorLocation& here_ = ErrorLocationNull::Get();
