@@ -35,7 +35,6 @@ unsigned int CVirtualMachineExec::ClampToCode(unsigned int codeOffset) const noe
 
 void CVirtualMachineExec::StartNewProgram(unsigned int codeOffset, unsigned int instructionLimit,
                                           unsigned int callerWord, const long long* timestampMS) {
-    programStart_ = codeOffset;
     instructionLimit_ = instructionLimit;
     callerWord_ = callerWord;
     SetCurrentTimestamp(timestampMS);

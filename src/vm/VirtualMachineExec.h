@@ -176,7 +176,6 @@ class TN61131_API CVirtualMachineExec : public CVirtualMachineGlobalMem {
     ExecLimits limits_;
     std::uint32_t instructionLimit_ = kDefaultInstructionLimit;
     std::uint32_t callerWord_ = 0;
-    unsigned int programStart_ = 0;
     unsigned int currentInstruction_ = 0;  ///< code offset
     unsigned int pc_ = 0;                  ///< code offset; the run loop keeps a pointer instead
     std::vector<CValue> stack_;            ///< never empty
