@@ -1,3 +1,6 @@
+# The folders of the machine's library, below src/.
+set(TN61131_VM_FOLDERS platform platform/jsonata diag value literal vm functions payload)
+
 # Compile options shared by every target of the tree.
 add_library(tn61131_options INTERFACE)
 target_compile_options(tn61131_options INTERFACE -Wall -Wextra -Wpedantic -Wconversion)
