@@ -86,10 +86,15 @@ class TN61131_API JSONParseContext {
 
     [[nodiscard]] std::string_view GetText() const noexcept { return text_; }
     [[nodiscard]] COutputLog& GetLog() const noexcept { return log_; }
+    /// The byte offset at which the next token begins to be read, from 0 to the text's length (what is beyond is cut to
+    /// it). Parse() reads from the start of the text wherever it stands.
+    [[nodiscard]] std::size_t GetPosition() const noexcept { return position_; }
+    void SetPosition(std::size_t position) noexcept { position_ = position < text_.size() ? position : text_.size(); }
     /// Reports an error at a byte offset of the text. Lines and columns count from 1, columns in characters.
     void ReportError(std::size_t offset, std::string_view reason) const;
 
  private:
     std::string_view text_;
     COutputLog& log_;
+    std::size_t position_ = 0;
 };
