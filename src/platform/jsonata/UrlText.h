@@ -1,0 +1,25 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include "platform/jsonata/Failure.h"
+
+namespace tn61131::jsonata {
+
+// $encodeUrl, $encodeUrlComponent, $decodeUrl, $decodeUrlComponent. Each fails with D3140, which quotes the text and
+// names the function: an unpaired surrogate when encoding, "%" without two digits or bytes that are not UTF-8 when
+// decoding. $encodeUrl leaves what has a meaning in a URL as it is ("/", "?", "#", ...), $decodeUrl leaves the escapes
+// of such characters.
+
+Result<std::string> EncodeUrl(std::string_view text);
+Result<std::string> EncodeUrlComponent(std::string_view text);
+Result<std::string> DecodeUrl(std::string_view text);
+Result<std::string> DecodeUrlComponent(std::string_view text);
+
+/// $base64encode: each character is one byte. The bytes of characters above U+00FF are those of UTF-8.
+std::string EncodeBase64(std::string_view text);
+/// $base64decode. Characters outside the alphabet are skipped, the text ends at the first "=".
+std::string DecodeBase64(std::string_view text);
+
+}  // namespace tn61131::jsonata
