@@ -38,7 +38,7 @@ bool CTextInput::ReadLine(std::string& line) {
         if (*codePoint == U'\n') return true;
         tn_append_codepoint_to_tnstring(line, *codePoint);
         if (*codePoint != U'\r') {
-            AppendPlainRun(line);
+            AppendPlainRun(line, '\n', '\r');
             continue;
         }
         pending_ = ReadCodePoint();
@@ -50,7 +50,7 @@ bool CTextInput::ReadLine(std::string& line) {
     return true;
 }
 
-void CTextInput::AppendPlainRun(std::string&) {}
+void CTextInput::TakePlainRun(std::string&, char, char) {}
 
 CTextInputUtf8::~CTextInputUtf8() = default;
 
@@ -61,11 +61,13 @@ std::optional<char32_t> CTextInputUtf8::Decode() {
     return codePoint;
 }
 
-void CTextInputUtf8::AppendPlainRun(std::string& line) {
+void CTextInputUtf8::TakePlainRun(std::string& text, char stop, char otherStop) {
     const unsigned char* const begin = data_ + position_;
-    const unsigned char* const end = std::find_if(
-        begin, data_ + count_, [](unsigned char byte) { return byte == '\n' || byte == '\r' || byte >= 0x80; });
-    line.append(reinterpret_cast<const char*>(begin), static_cast<std::size_t>(end - begin));
+    const unsigned char* const end = std::find_if(begin, data_ + count_, [stop, otherStop](unsigned char byte) {
+        return byte == static_cast<unsigned char>(stop) || byte == static_cast<unsigned char>(otherStop) ||
+               byte >= 0x80;
+    });
+    text.append(reinterpret_cast<const char*>(begin), static_cast<std::size_t>(end - begin));
     position_ += static_cast<std::size_t>(end - begin);
 }
 

@@ -21,13 +21,17 @@ class TN61131_API CTextInput {
     /// The next line in UTF-8, without its end (LF or CR LF); false at the end. A last line without an end counts, an
     /// empty one after the last end does not.
     [[nodiscard]] bool ReadLine(std::string& line);
+    /// Appends what stands next up to the first of the two ASCII characters, which is left to be read, as far as the
+    /// source can deliver it at once: a short cut that may take nothing, so that ReadCodePoint() has to follow.
+    void AppendPlainRun(std::string& text, char stop, char otherStop) {
+        if (!atStart_ && !pending_) TakePlainRun(text, stop, otherStop);
+    }
 
  protected:
     /// The next code point of the source, or nothing at its end.
     virtual std::optional<char32_t> Decode() = 0;
-    /// Takes the characters that the source can deliver at once, up to a line end at most, and appends them to `line`.
-    /// A short cut only: taking none is right as well, and what the base does.
-    virtual void AppendPlainRun(std::string& line);
+    /// AppendPlainRun() behind the first character. The base takes nothing.
+    virtual void TakePlainRun(std::string& text, char stop, char otherStop);
 
  private:
     std::optional<char32_t> pending_;
@@ -42,7 +46,7 @@ class TN61131_API CTextInputUtf8 : public CTextInput {
 
  protected:
     std::optional<char32_t> Decode() override;
-    void AppendPlainRun(std::string& line) override;
+    void TakePlainRun(std::string& text, char stop, char otherStop) override;
 
  private:
     const unsigned char* data_;

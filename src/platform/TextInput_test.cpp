@@ -160,4 +160,25 @@ TEST(CTextInput, CodePointsAndLinesMix) {
     EXPECT_FALSE(input.ReadLine(line));
 }
 
+TEST(AppendPlainRun, TakesNothingWhereAMarkOrALineEndMayStand) {
+    TextInputTNString input("ab,c\"d\u00e4");
+    std::string text;
+    input.AppendPlainRun(text, ',', '"');  // a byte-order mark may come
+    EXPECT_EQ(text, "");
+    EXPECT_EQ(input.ReadCodePoint(), U'a');
+    input.AppendPlainRun(text, ',', '"');
+    input.AppendPlainRun(text, ',', '"');
+    EXPECT_EQ(text, "b");
+    EXPECT_EQ(input.ReadCodePoint(), U',');
+    input.AppendPlainRun(text, ',', '"');
+    EXPECT_EQ(text, "bc");
+    EXPECT_EQ(input.ReadCodePoint(), U'"');
+    input.AppendPlainRun(text, ',', '"');  // up to what is not ASCII
+    EXPECT_EQ(text, "bcd");
+    EXPECT_EQ(input.ReadCodePoint(), U'\u00e4');
+    input.AppendPlainRun(text, ',', '"');
+    EXPECT_EQ(text, "bcd");
+    EXPECT_EQ(input.ReadCodePoint(), std::nullopt);
+}
+
 }  // namespace
