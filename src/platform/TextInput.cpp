@@ -1,6 +1,7 @@
 #include "platform/TextInput.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "platform/Transcode.h"
 
@@ -50,7 +51,25 @@ bool CTextInput::ReadLine(std::string& line) {
     return true;
 }
 
+std::string_view CTextInput::TakeRest(std::string& storage) {
+    constexpr std::string_view kEncodedMark = "\xEF\xBB\xBF";
+    storage.clear();
+    if (std::optional<std::string_view> bytes = TakeBytes()) {
+        if (std::exchange(atStart_, false) && bytes->starts_with(kEncodedMark)) {
+            bytes->remove_prefix(kEncodedMark.size());
+        }
+        return *bytes;
+    }
+    while (const std::optional<char32_t> codePoint = ReadCodePoint())
+        tn_append_codepoint_to_tnstring(storage, *codePoint);
+    return storage;
+}
+
 void CTextInput::TakePlainRun(std::string&, char, char) {}
+
+std::optional<std::string_view> CTextInput::TakeBytes() {
+    return std::nullopt;
+}
 
 CTextInputUtf8::~CTextInputUtf8() = default;
 
@@ -69,6 +88,14 @@ void CTextInputUtf8::TakePlainRun(std::string& text, char stop, char otherStop) 
     });
     text.append(reinterpret_cast<const char*>(begin), static_cast<std::size_t>(end - begin));
     position_ += static_cast<std::size_t>(end - begin);
+}
+
+std::optional<std::string_view> CTextInputUtf8::TakeBytes() {
+    // Built from a null pointer a view would be no view of nothing.
+    if (position_ == count_) return std::string_view();
+    const std::string_view bytes(reinterpret_cast<const char*>(data_) + position_, count_ - position_);
+    position_ = count_;
+    return bytes;
 }
 
 TextInputTNString::~TextInputTNString() = default;

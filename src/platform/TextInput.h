@@ -21,6 +21,10 @@ class TN61131_API CTextInput {
     /// The next line in UTF-8, without its end (LF or CR LF); false at the end. A last line without an end counts, an
     /// empty one after the last end does not.
     [[nodiscard]] bool ReadLine(std::string& line);
+    /// Everything that is left, as UTF-8, but for a leading byte-order mark; the source is at its end then. Either a
+    /// view of the source's own bytes, with those that are not valid UTF-8 as they are, or of what was decoded into
+    /// `storage`.
+    [[nodiscard]] std::string_view TakeRest(std::string& storage);
     /// Appends what stands next up to the first of the two ASCII characters, which is left to be read, as far as the
     /// source can deliver it at once: a short cut that may take nothing, so that ReadCodePoint() has to follow.
     void AppendPlainRun(std::string& text, char stop, char otherStop) {
@@ -32,6 +36,8 @@ class TN61131_API CTextInput {
     virtual std::optional<char32_t> Decode() = 0;
     /// AppendPlainRun() behind the first character. The base takes nothing.
     virtual void TakePlainRun(std::string& text, char stop, char otherStop);
+    /// Everything that is left in a source that holds UTF-8, which is at its end then; nothing from any other source.
+    virtual std::optional<std::string_view> TakeBytes();
 
  private:
     std::optional<char32_t> pending_;
@@ -47,6 +53,7 @@ class TN61131_API CTextInputUtf8 : public CTextInput {
  protected:
     std::optional<char32_t> Decode() override;
     void TakePlainRun(std::string& text, char stop, char otherStop) override;
+    std::optional<std::string_view> TakeBytes() override;
 
  private:
     const unsigned char* data_;
