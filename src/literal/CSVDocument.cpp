@@ -41,11 +41,12 @@ CodePoint ReadQuoted(CTextInput& input, std::string& cell) {
 
 }  // namespace
 
-CSVDocument::CSVDocument() = default;
+CSVDocument::CSVDocument() : cells_(&memory_) {}
 CSVDocument::~CSVDocument() = default;
 
 bool CSVDocument::ReadCSVFileContent(CTextInput& input) {
     cells_.clear();
+    memory_.release();
     currentRow_ = currentColumn_ = columnCount_ = rowCount_ = 1;
     int terminator = 0;
     while (ReadCSVFileValue(input, terminator)) {

@@ -2,6 +2,7 @@
 
 #include <compare>
 #include <map>
+#include <memory_resource>
 #include <string>
 
 #include "platform/Export.h"
@@ -52,5 +53,6 @@ class TN61131_API CSVDocument {
     unsigned int currentColumn_ = 0;
     unsigned int columnCount_ = 0;
     unsigned int rowCount_ = 0;
-    std::map<CSVFileKey, std::string, CompareCSVFileKey> cells_;
+    std::pmr::monotonic_buffer_resource memory_;  // of the map's nodes, which are only ever dropped all together
+    std::pmr::map<CSVFileKey, std::string, CompareCSVFileKey> cells_;
 };
