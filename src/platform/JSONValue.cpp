@@ -2,9 +2,6 @@
 
 #include <algorithm>
 
-#include "platform/ErrorLog.h"
-#include "platform/FormatText.h"
-
 JSONValue::JSONValue() noexcept = default;
 JSONValue::JSONValue(bool value) noexcept : content_(value) {}
 JSONValue::JSONValue(double value) noexcept : content_(value) {}
@@ -61,12 +58,11 @@ bool operator==(const JSONValue& left, const JSONValue& right) {
     return left.content_ == right.content_;
 }
 
-void JSONParseContext::ReportError(std::size_t offset, std::string_view reason) const {
-    const std::string_view before = text_.substr(0, offset);
-    const auto line = 1 + std::count(before.begin(), before.end(), '\n');
-    const std::size_t lineEnd = before.rfind('\n');
-    const std::string_view inLine = before.substr(lineEnd == std::string_view::npos ? 0 : lineEnd + 1);
-    const auto isCharacterStart = [](char byte) { return (static_cast<unsigned char>(byte) & 0xC0) != 0x80; };
-    const auto column = 1 + std::count_if(inLine.begin(), inLine.end(), isCharacterStart);
-    log_.LogError(FormatText("JSON, line %lld, column %lld: %s", line, column, reason));
+JSONValue* JSONValue::ParseProperty(JSONParseContext& context) {
+    Owner value(new JSONValue());
+    return value->Parse(context) ? value.release() : nullptr;
+}
+
+void JSONValue::Release() noexcept {
+    delete this;
 }

@@ -72,6 +72,9 @@ class TN61131_API CParseContext {
     bool LogUnexpectedTokenError(const CParseToken& token, std::initializer_list<std::string_view> expected);
 
  protected:
+    /// On a text that the caller keeps alive, taken as it is, a byte-order mark included.
+    CParseContext(std::string_view text, COutputLog* log) noexcept : text_(text), log_(log) {}
+
     /// An elementary token of the text, not yet taken.
     struct Piece {
         int type;
