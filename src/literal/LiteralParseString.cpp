@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "diag/Messages.h"
-#include "literal/LiteralText.h"
+#include "platform/StringEscape.h"
 #include "platform/StringObject.h"
 #include "platform/Transcode.h"
 #include "value/ValueLiteral.h"
@@ -18,7 +18,6 @@ namespace {
 struct NarrowText {
     using Unit = unsigned char;
     static constexpr char kQuote = '\'';
-    static constexpr int kHexDigits = 2;
     static constexpr unsigned int kMaxUnits = 4;
     static constexpr ElementaryType kString = ElementaryType::String;
     static constexpr ElementaryType kChar = ElementaryType::Char;
@@ -36,7 +35,6 @@ struct NarrowText {
 struct WideText {
     using Unit = unsigned short;
     static constexpr char kQuote = '"';
-    static constexpr int kHexDigits = 4;
     static constexpr unsigned int kMaxUnits = 2;
     static constexpr ElementaryType kString = ElementaryType::WString;
     static constexpr ElementaryType kChar = ElementaryType::WChar;
@@ -55,40 +53,6 @@ unsigned int DecodeText(std::string_view text, char32_t& codePoint) noexcept {
     return tn_codepoint_from_tnchar(text.data(), static_cast<unsigned int>(text.size()), codePoint);
 }
 
-// The unit of `$` and `digits` hexadecimal digits at the start of `escape`, whose length ends where the reading ended.
-std::optional<unsigned short> ReadHexEscape(std::string_view& escape, int digits) noexcept {
-    unsigned int value = 0;
-    std::size_t at = 1;
-    for (; digits > 0 && at < escape.size() && HexDigitValue(escape[at]) >= 0; ++at, --digits)
-        value = value * 16 + static_cast<unsigned int>(HexDigitValue(escape[at]));
-    escape = escape.substr(0, at);
-    if (digits != 0) return std::nullopt;
-    return static_cast<unsigned short>(value);
-}
-
-// The unit that the escape at the start of `escape` stands for; nothing when it is invalid. Either way `escape` shrinks
-// to the characters that were looked at: `$` and one character, or `$` and hexadecimal digits.
-template <typename Text>
-std::optional<unsigned short> ReadEscape(std::string_view& escape) noexcept {
-    const char selector = escape.size() > 1 ? escape[1] : '\0';
-    if (HexDigitValue(selector) >= 0) return ReadHexEscape(escape, Text::kHexDigits);
-    char32_t ignored = 0;
-    escape = escape.substr(0, 1 + DecodeText(escape.substr(1), ignored));
-    switch (selector) {
-        case '$':
-        case Text::kQuote: return static_cast<unsigned char>(selector);
-        case 'L':
-        case 'l':
-        case 'N':
-        case 'n': return 10;
-        case 'R':
-        case 'r': return 13;
-        case 'T':
-        case 't': return 9;
-        default: return std::nullopt;
-    }
-}
-
 // Reads the content between the quotes into `units`. False, with the escape in `invalid`, when one is not valid. What
 // an escape stands for is one unit as it is, no character to encode.
 template <typename Text>
@@ -102,7 +66,7 @@ bool ReadContent(std::string_view content, std::vector<typename Text::Unit>& uni
         if (content.empty()) break;
         if (content.front() == '$') {
             std::string_view escape = content;
-            const std::optional<unsigned short> unit = ReadEscape<Text>(escape);
+            const std::optional<unsigned short> unit = ReadStringEscape(escape, Text::kQuote);
             if (!unit.has_value()) {
                 invalid = escape;
                 return false;

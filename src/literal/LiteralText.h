@@ -4,6 +4,8 @@
 #include <string>
 #include <string_view>
 
+#include "platform/StringEscape.h"
+
 // Steps that the literal parsers share. All of them are total over arbitrary bytes and independent of the host's
 // locale.
 
@@ -16,13 +18,6 @@
 }
 [[nodiscard]] constexpr bool IsAsciiLetter(char c) noexcept {
     return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z');
-}
-/// The value of a hexadecimal digit; -1 for any other character.
-[[nodiscard]] constexpr int HexDigitValue(char c) noexcept {
-    if (IsAsciiDigit(c)) return c - '0';
-    if (c >= 'a' && c <= 'f') return c - 'a' + 10;
-    if (c >= 'A' && c <= 'F') return c - 'A' + 10;
-    return -1;
 }
 /// Equality without regard to the case of ASCII letters.
 [[nodiscard]] bool EqualsIgnoringCase(std::string_view left, std::string_view right) noexcept;
