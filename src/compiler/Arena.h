@@ -25,6 +25,15 @@ class Arena {
         static_assert(std::is_trivially_destructible_v<T>);
         return new (Allocate(sizeof(T), alignof(T))) T{std::forward<Args>(args)...};
     }
+    /// Elements with their default values that live as long as the arena.
+    template <typename T>
+    [[nodiscard]] std::span<T> NewArray(std::size_t count) {
+        static_assert(std::is_trivially_destructible_v<T>);
+        if (count == 0) return {};
+        T* first = static_cast<T*>(Allocate(sizeof(T) * count, alignof(T)));
+        std::uninitialized_value_construct_n(first, count);
+        return {first, count};
+    }
     /// A copy of the elements that lives as long as the arena.
     template <typename T>
     [[nodiscard]] std::span<T> Copy(const std::vector<T>& elements) {

@@ -23,8 +23,9 @@ enum class PlaceKind : std::uint8_t {
     Member,   ///< a field of a structure, a variable of a function block's instance
     Element,  ///< of an array
     Deref,    ///< what a pointer points to
-    Char,     ///< one unit of a string, counted from 1 (BYTE of a STRING, WORD of a WSTRING)
+    Char,     ///< one unit of a string, counted from 1: CHAR or BYTE of a STRING, WCHAR or WORD of a WSTRING
     Result,   ///< the temporary that holds an aggregate function result
+    This,     ///< the instance whose body, method or action runs: THIS^, and SUPER^ with the type of the base
 };
 
 struct Place {
@@ -43,8 +44,8 @@ struct MemberPlace : Place {
     NameId member;
 };
 
-/// One index for each dimension of the array. Constant indices have been checked; others are integers of any type, and
-/// `checked` says whether the generated code must test them.
+/// One index for each dimension of the array. Constant indices have been checked; others are integers, bit strings or
+/// enumerations of any size, and `checked` says whether the generated code must test them.
 struct ElementPlace : Place {
     Place* base;
     const ArrayType* array;
@@ -66,6 +67,8 @@ struct CharPlace : Place {
 struct ResultPlace : Place {
     Expr* call;  ///< CallFunction with an aggregate result
 };
+
+struct ThisPlace : Place {};
 
 // --- expressions ---
 
@@ -133,6 +136,8 @@ struct ConvertExpr : Expr {
     bool truncate;
     /// What a text that is no number gives: 0 instead of a failed run.
     bool zeroOnFailure;
+    /// Written by the checker because the types differ, not by the program.
+    bool isImplicit;
     Expr* operand;
 };
 
@@ -168,7 +173,8 @@ struct CallFunctionExpr : Expr {
     Place* enableOutput;  ///< ENO; null without
 };
 
-/// Arguments have exactly the types that the function takes; pointers (outputs of SPLIT_...) are Address expressions.
+/// Arguments have exactly the types that the function takes. Outputs of SPLIT_... are two arguments each, an INT that
+/// is not read and the Address of an INT.
 struct CallBuiltInExpr : Expr {
     std::uint8_t group;
     std::uint8_t id;
@@ -245,7 +251,7 @@ struct EvaluateStmt : Stmt {
 
 struct BlockInput {
     Variable* input = nullptr;
-    Expr* value = nullptr;  ///< of the input's type; or
+    Expr* value = nullptr;  ///< of the input's type
 };
 
 struct BlockInOut {
@@ -253,11 +259,12 @@ struct BlockInOut {
     Place* place = nullptr;
 };
 
-/// Calls a function block: given inputs, in-outs, the body, outputs in the order written.
+/// Calls a function block: given inputs, in-outs, the body, outputs in the order written. A program and its actions are
+/// called likewise, without instance and block: their variables are global.
 struct CallBlockStmt : Stmt {
-    Place* instance;
-    const FunctionBlockType* block;
-    Pou* action;  ///< an action of the block instead of its body; null for the body
+    Place* instance;                 ///< null for programs
+    const FunctionBlockType* block;  ///< null for programs
+    Pou* action;                     ///< an action instead of the body, or a program; null for the body of the block
     std::span<BlockInput> inputs;
     std::span<BlockInOut> inOuts;
     std::span<OutputBinding> outputs;
