@@ -29,6 +29,10 @@ class Declarations {
     /// and the instances of function blocks and programs, and writes the initial values.
     void Resolve();
 
+    /// Gives directly located variables their place in the reserved areas, those included that bodies name, and writes
+    /// them to GlobalData. Call once, after all bodies were checked and before code is generated.
+    void Finish();
+
     /// What a name means in a scope: the scope itself, what the POU inherits, the scopes around it, enumeration values
     /// that are unique, then nothing (built-ins are not looked up here). The declaration is resolved as far as its
     /// type and constant value. Null for an unknown name.

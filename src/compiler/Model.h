@@ -23,6 +23,9 @@ struct Expr;
 struct Pou;
 class Scope;
 
+/// How far a declaration has been looked at; kept by Declarations.
+enum class Progress : std::uint8_t { Entered, Running, Typed, Evaluating, Done };
+
 /// Where a variable lives while the program runs.
 enum class StorageKind : std::uint8_t {
     Unassigned,
@@ -60,6 +63,9 @@ struct Variable {
     Variable* aliasOf = nullptr;            ///< AT another variable, VAR_EXTERNAL: that one is meant
     std::uint32_t aliasOffset = 0;
     Storage storage{};
+    const ast::VarDecl* declaration = nullptr;  ///< null for what the compiler adds itself
+    Scope* scope = nullptr;                     ///< where the names in the declaration are looked up
+    Progress progress = Progress::Done;
 
     // What the checker of bodies has seen.
     bool isRead = false;
@@ -85,13 +91,16 @@ struct Pou {
     FunctionBlockType* type = nullptr;  ///< of function blocks
     Pou* base = nullptr;                ///< EXTENDS
     Pou* container = nullptr;           ///< of methods and actions: the block or program they belong to
-    std::map<NameId, Pou*> members;     ///< methods and actions
+    std::map<NameId, Pou*> members;     ///< methods, properties and actions
+    Pou* getter = nullptr;              ///< of properties: a method without parameters; null without
+    Pou* setter = nullptr;              ///< of properties: a method with one input; null without
     Block* body = nullptr;              ///< the checked body; null until checked, and after errors
     std::uint32_t instanceOffset = 0;   ///< of programs: where the instance starts in GlobalData
     std::uint32_t instanceSize = 0;     ///< of programs
     // What the checker of bodies has seen.
     std::vector<Pou*> callees;   ///< each once
     bool hasSideEffects = true;  ///< a function that only computes: writes nothing but its own variables
+    Progress progress = Progress::Entered;
 };
 
 /// What a name means.
@@ -104,6 +113,10 @@ struct Symbol {
     Pou* pou = nullptr;
     const EnumMember* member = nullptr;
     Scope* scope = nullptr;  ///< of a namespace
+    /// Of an EnumMember that several enumerations have under this name: one symbol each. Null otherwise. Whoever uses
+    /// such a name without a type that picks one reports AmbiguousName.
+    const std::vector<Symbol>* alternatives = nullptr;
+    std::uint32_t entry = 0;  ///< of Declarations: number of the type's declaration, from 1
 };
 
 /// Names and what they mean; one in another.
@@ -114,6 +127,10 @@ class Scope {
     [[nodiscard]] Pou* GetOwner() const noexcept { return owner_; }
     /// Null when the scope itself has no such name.
     [[nodiscard]] const Symbol* FindHere(NameId name) const {
+        const auto found = symbols_.find(name);
+        return found == symbols_.end() ? nullptr : &found->second;
+    }
+    [[nodiscard]] Symbol* FindHere(NameId name) {
         const auto found = symbols_.find(name);
         return found == symbols_.end() ? nullptr : &found->second;
     }

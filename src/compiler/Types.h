@@ -4,9 +4,11 @@
 #include <deque>
 #include <map>
 #include <memory>
-#include <span>
+#include <optional>
 #include <string>
+#include <string_view>
 #include <tuple>
+#include <unordered_map>
 #include <vector>
 
 #include "compiler/Names.h"
@@ -50,6 +52,10 @@ struct Type {
     /// Declared name; None for types without one.
     NameId name = NameId::None;
     SourceRange declared{};
+    /// How deep arrays, structures and function blocks lie in each other by value: 0 for what has no parts.
+    std::uint8_t depth = 0;
+    /// Whether size, depth and parts are known. False only while declarations are being resolved.
+    bool isComplete = true;
 };
 
 struct StringType : Type {
@@ -67,13 +73,32 @@ struct EnumMember {
     SourceRange declared;
 };
 
+/// Finds the place of a name in a list without going through it.
+class NameIndex {
+ public:
+    /// The first of equal names counts.
+    void Add(NameId name, std::size_t place) { places_.emplace(name, static_cast<std::uint32_t>(place)); }
+    /// Nothing for a name that the list does not have.
+    [[nodiscard]] std::optional<std::uint32_t> Find(NameId name) const noexcept {
+        const auto found = places_.find(name);
+        return found == places_.end() ? std::nullopt : std::optional(found->second);
+    }
+
+ private:
+    std::unordered_map<NameId, std::uint32_t> places_;
+};
+
 struct EnumType : Type {
     const Type* base;  ///< elementary integer or bit string
     std::vector<EnumMember> members;
     std::int64_t defaultValue = 0;
 
+    void Add(const EnumMember& member);
     /// Null for a name that the type does not have.
     [[nodiscard]] const EnumMember* Find(NameId member) const noexcept;
+
+ private:
+    NameIndex index_;
 };
 
 /// Values from lower to upper, both included; of a ULINT as the bits of the number.
@@ -119,7 +144,12 @@ struct StructType : Type {
     const StructType* base = nullptr;
     bool isUnion = false;
 
+    void Add(const Field& field);
+    /// Null for a name that the structure does not have.
     [[nodiscard]] const Field* Find(NameId field) const noexcept;
+
+ private:
+    NameIndex index_;
 };
 
 /// Instances have EN in byte 0 and ENO in byte 1. Exactly one of `pou` and `row` is set.
@@ -129,6 +159,8 @@ struct FunctionBlockType : Type {
     std::uint8_t group = 0;            ///< of the library's block
     std::vector<Variable*> variables;  ///< inputs, outputs, in-outs and state by offset, EN and ENO first; those of the
                                        ///< base first. Also for the library's blocks.
+    /// Also finds what is no part of the instance: constants, located variables. Null for a name that the block does
+    /// not have.
     [[nodiscard]] Variable* Find(NameId variable) const noexcept;
 };
 
@@ -146,8 +178,16 @@ class TypeTable {
     [[nodiscard]] const StringType* String(ElementaryType stringOrWString, std::uint16_t capacity);
     [[nodiscard]] const PointerType* Pointer(const Type* target);
     [[nodiscard]] const PointerType* Reference(const Type* target);
-    /// Null when the array would be larger than kMaxTypeSize.
+    /// Null when the array would be larger than kMaxTypeSize or nested deeper than kMaxTypeDepth. Incomplete when the
+    /// element is.
     [[nodiscard]] const ArrayType* Array(std::vector<ArrayBound> bounds, const Type* element, bool isOpen = false);
+    /// Takes over the size of an element that has become complete. False when the array would be too large or too deep:
+    /// then it counts as complete, with size 0.
+    [[nodiscard]] bool Complete(const ArrayType* array);
+    /// The same for a target that has become complete.
+    void Complete(const AliasType* alias);
+    /// Arrays that were incomplete when they were made.
+    [[nodiscard]] const std::vector<const ArrayType*>& GetLateArrays() const noexcept { return lateArrays_; }
     // Declared types: filled in by whoever declares them.
     [[nodiscard]] EnumType* NewEnum(NameId name);
     [[nodiscard]] SubrangeType* NewSubrange(NameId name, const Type* base, std::int64_t lower, std::int64_t upper);
@@ -173,13 +213,16 @@ class TypeTable {
     std::vector<const Type*> elementary_;
     std::map<std::tuple<ElementaryType, std::uint16_t>, const StringType*> strings_;
     std::map<std::tuple<TypeKind, const Type*>, const PointerType*> pointers_;
-    std::map<std::tuple<std::vector<ArrayBound>, const Type*, bool>, const ArrayType*> arrays_;
+    std::map<std::tuple<std::vector<ArrayBound>, const Type*, bool>, ArrayType*> arrays_;
+    std::vector<const ArrayType*> lateArrays_;
     std::map<NameId, const FunctionBlockType*> libraryBlocks_;
     std::deque<std::shared_ptr<Variable>> libraryVariables_;
 };
 
 /// Bytes that a type may have.
 inline constexpr std::uint32_t kMaxTypeSize = 0x10000000;
+/// How deep types may lie in each other: symbol maps hold no more.
+inline constexpr std::uint8_t kMaxTypeDepth = 32;
 
 /// The type behind aliases.
 [[nodiscard]] const Type* Strip(const Type* type) noexcept;
