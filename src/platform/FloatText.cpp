@@ -4,41 +4,19 @@
 #include <charconv>
 #include <cmath>
 #include <cstddef>
+#include <cstdlib>
 #include <string_view>
+
+#include "platform/ShortestDecimal.h"
+
+using tn61131::ShortestDecimal;
 
 namespace {
 
 constexpr int kLowestFixedExponent = -5;
 constexpr int kFirstScientificExponent = 16;
 
-/// The digits d1 d2 d3... of the value d1.d2d3... * 10^exponent.
-struct ShortestDigits {
-    std::array<char, 24> digits;
-    std::size_t count;
-    int exponent;
-
-    [[nodiscard]] std::string_view View() const noexcept { return {digits.data(), count}; }
-};
-
-// The scientific form is "d[.ddd]e[+-]xx[x]".
-template <typename T>
-ShortestDigits ShortestDigitsOf(T magnitude) {
-    std::array<char, 32> text;
-    const char* const end =
-        std::to_chars(text.data(), text.data() + text.size(), magnitude, std::chars_format::scientific).ptr;
-    ShortestDigits result{};
-    const char* at = text.data();
-    for (; *at != 'e'; ++at) {
-        if (*at != '.') result.digits[result.count++] = *at;
-    }
-    const bool negative = at[1] == '-';
-    for (at += 2; at != end; ++at)
-        result.exponent = result.exponent * 10 + (*at - '0');
-    if (negative) result.exponent = -result.exponent;
-    return result;
-}
-
-void AppendScientific(std::string& out, const ShortestDigits& number) {
+void AppendScientific(std::string& out, const ShortestDecimal& number) {
     const std::string_view digits = number.View();
     out.push_back(digits.front());
     out.push_back('.');
@@ -50,7 +28,7 @@ void AppendScientific(std::string& out, const ShortestDigits& number) {
     out.append(text.data(), std::to_chars(text.data(), text.data() + text.size(), exponent).ptr);
 }
 
-void AppendFixed(std::string& out, const ShortestDigits& number) {
+void AppendFixed(std::string& out, const ShortestDecimal& number) {
     const std::string_view digits = number.View();
     if (number.exponent < 0) {
         out.append("0.");
@@ -81,7 +59,7 @@ void AppendShortestOf(std::string& out, T value) {
         out.append("inf");
         return;
     }
-    const ShortestDigits number = ShortestDigitsOf(std::fabs(value));
+    const ShortestDecimal number = tn61131::ShortestDecimalOf(std::fabs(value));
     if (number.exponent >= kLowestFixedExponent && number.exponent < kFirstScientificExponent) {
         AppendFixed(out, number);
     } else {
@@ -97,4 +75,24 @@ void AppendShortest(std::string& out, float value) {
 
 void AppendShortest(std::string& out, double value) {
     AppendShortestOf(out, value);
+}
+
+void AppendECMAScriptNumber(std::string& out, double value) {
+    const ShortestDecimal decimal = tn61131::ShortestDecimalOf(std::fabs(value));
+    const std::string_view digits = decimal.View();
+    if (std::signbit(value)) out += '-';
+    if (decimal.exponent >= 21 || decimal.exponent < -6) {
+        out.append(digits.substr(0, 1));
+        if (digits.size() > 1) out.append(".").append(digits.substr(1));
+        out.append(decimal.exponent < 0 ? "e-" : "e+").append(std::to_string(std::abs(decimal.exponent)));
+        return;
+    }
+    if (decimal.exponent < 0) {
+        out.append("0.").append(static_cast<std::size_t>(-decimal.exponent - 1), '0').append(digits);
+        return;
+    }
+    const std::size_t whole = static_cast<std::size_t>(decimal.exponent) + 1;
+    out.append(digits.substr(0, whole));
+    if (digits.size() < whole) out.append(whole - digits.size(), '0');
+    if (digits.size() > whole) out.append(".").append(digits.substr(whole));
 }

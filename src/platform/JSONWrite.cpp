@@ -1,32 +1,18 @@
 #include <cmath>
-#include <cstdlib>
 #include <string>
 #include <string_view>
 
+#include "platform/FloatText.h"
 #include "platform/JSONValue.h"
-#include "platform/ShortestDecimal.h"
 #include "platform/TextOutput.h"
 
 namespace {
 
-// As ECMAScript prints numbers: fixed notation from 10^-6 to below 10^21. The number is finite.
-std::string FormatNumber(double number) {
-    const tn61131::ShortestDecimal decimal = tn61131::ShortestDecimalOf(std::fabs(number));
-    const std::string_view digits = decimal.View();
-    std::string text(std::signbit(number) ? "-" : "");
-    if (decimal.exponent >= 21 || decimal.exponent < -6) {
-        text.append(digits.substr(0, 1));
-        if (digits.size() > 1) text.append(".").append(digits.substr(1));
-        text.append(decimal.exponent < 0 ? "e-" : "e+");
-        return text.append(std::to_string(std::abs(decimal.exponent)));
-    }
-    if (decimal.exponent < 0) {
-        text.append("0.").append(static_cast<std::size_t>(-decimal.exponent - 1), '0');
-        return text.append(digits);
-    }
-    const std::size_t whole = static_cast<std::size_t>(decimal.exponent) + 1;
-    if (digits.size() <= whole) return text.append(digits).append(whole - digits.size(), '0');
-    return text.append(digits.substr(0, whole)).append(".").append(digits.substr(whole));
+std::string FormatJSONNumber(double number) {
+    std::string text;
+    if (!std::isfinite(number)) return "null";
+    AppendECMAScriptNumber(text, number);
+    return text;
 }
 
 constexpr bool NeedsEscape(char c) noexcept {
@@ -66,7 +52,7 @@ void JSONValue::Write(CTextOutput& output) const {
     switch (GetKind()) {
         case Kind::Null: output.Write("null"); break;
         case Kind::Boolean: output.Write(GetBoolean() ? "true" : "false"); break;
-        case Kind::Number: output.Write(std::isfinite(GetNumber()) ? FormatNumber(GetNumber()) : "null"); break;
+        case Kind::Number: output.Write(FormatJSONNumber(GetNumber())); break;
         case Kind::String: WriteString(GetString(), output); break;
         case Kind::Array:
             output.WriteChar('[');

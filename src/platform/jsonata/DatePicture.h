@@ -13,8 +13,9 @@ namespace tn61131::jsonata {
 /// "2018-03-23T10:33:36.617Z".
 ///
 /// Fails with D3132 (unknown component), D3133 (a component that has no name), D3134 (a time zone picture of more than
-/// four digits), D3135 (a bracket that is not closed), D3130 (a presentation that is not supported), D3110 (a time that
-/// is none).
+/// four digits), D3135 (a bracket that is not closed), D3130 and D3131 (a presentation that is not supported, a width
+/// that is none), each quoting the part; with D1001 for a time beyond what JavaScript knows, and T0410 for a time zone
+/// that is none.
 Result<std::string> FormatDateTime(double millis, std::optional<std::string_view> picture,
                                    std::optional<std::string_view> timeZone);
 

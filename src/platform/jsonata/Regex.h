@@ -35,7 +35,7 @@ class Regex {
     /// The leftmost match that begins at byte `from` or later; the text before `from` is what ^ and \b look back on.
     /// An empty match is returned as any other: to the language it is the error D1004.
     [[nodiscard]] std::optional<RegexMatch> Find(std::string_view text, std::size_t from) const;
-    /// The expression as it was written: "/body/flags".
+    /// The expression as it was written, without slashes and flags: what the message of D1004 quotes.
     [[nodiscard]] const std::string& GetSource() const noexcept { return source_; }
 
  private:

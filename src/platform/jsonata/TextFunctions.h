@@ -25,7 +25,7 @@ std::string_view Substring(std::string_view text, double start, std::optional<do
 /// Fails with D1001 where the padding would be longer than the memory that one text may take.
 Result<std::string> Pad(std::string_view text, double width, std::string_view fill);
 
-/// $trim: runs of white space become one blank each, those at the ends vanish.
+/// $trim: runs of blanks, tabs and line ends become one blank each, those at the ends vanish.
 std::string Trim(std::string_view text);
 
 /// Unicode's full mappings without the rules of a language.

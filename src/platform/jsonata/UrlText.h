@@ -17,9 +17,10 @@ Result<std::string> EncodeUrlComponent(std::string_view text);
 Result<std::string> DecodeUrl(std::string_view text);
 Result<std::string> DecodeUrlComponent(std::string_view text);
 
-/// $base64encode: each character is one byte. The bytes of characters above U+00FF are those of UTF-8.
-std::string EncodeBase64(std::string_view text);
-/// $base64decode. Characters outside the alphabet are skipped, the text ends at the first "=".
+/// $base64encode: each character is one byte. Fails with T0410 for a character above U+00FF.
+Result<std::string> EncodeBase64(std::string_view text);
+/// $base64decode: each byte is one character, up to U+00FF. Characters outside the alphabet are skipped, the text ends
+/// at the first "=".
 std::string DecodeBase64(std::string_view text);
 
 }  // namespace tn61131::jsonata
