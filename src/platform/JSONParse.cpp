@@ -1,7 +1,10 @@
 #include <charconv>
 #include <cmath>
+#include <cstddef>
+#include <iterator>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include <rapidjson/error/en.h>
 #include <rapidjson/reader.h>
@@ -43,7 +46,8 @@ bool HasSurrogate(std::string_view text) noexcept {
     return false;
 }
 
-// Takes the parser's events and builds the value. Containers that are still open lie on a stack.
+// Takes the parser's events and builds the value. The elements and members of containers that are still open lie on a
+// stack each; a container that closes takes its own from there, in one piece of memory of the right size.
 class TreeBuilder {
  public:
     bool Null() { return Add(JSONValue()); }
@@ -63,13 +67,13 @@ class TreeBuilder {
         return HasSurrogate(content) ? Refuse(kLoneSurrogate) : Add(JSONValue(std::move(content)));
     }
     bool Key(const char* text, rapidjson::SizeType length, bool) {
-        open_.back().name.assign(text, length);
-        return HasSurrogate(open_.back().name) ? Refuse(kLoneSurrogate) : true;
+        members_.push_back({std::string(text, length), {}});
+        return HasSurrogate(members_.back().name) ? Refuse(kLoneSurrogate) : true;
     }
-    bool StartArray() { return Open(Container{.isObject = false}); }
-    bool StartObject() { return Open(Container{.isObject = true}); }
-    bool EndArray(rapidjson::SizeType) { return Close(); }
-    bool EndObject(rapidjson::SizeType) { return Close(); }
+    bool StartArray() { return Open({.isObject = false, .first = elements_.size()}); }
+    bool StartObject() { return Open({.isObject = true, .first = members_.size()}); }
+    bool EndArray(rapidjson::SizeType) { return Add(JSONValue(TakeFrom(elements_, Close()))); }
+    bool EndObject(rapidjson::SizeType) { return Add(JSONValue(TakeFrom(members_, Close()))); }
 
     JSONValue TakeRoot() noexcept { return std::move(root_); }
     // Why the building was ended; null when it was not.
@@ -77,10 +81,8 @@ class TreeBuilder {
 
  private:
     struct Container {
-        bool isObject = false;
-        JSONValue::Array elements{};
-        JSONValue::Object members{};
-        std::string name{};  // of the member whose value comes next
+        bool isObject;
+        std::size_t first;  // where its elements or members begin
     };
 
     bool Refuse(const char* reason) noexcept {
@@ -89,27 +91,36 @@ class TreeBuilder {
     }
     bool Open(Container container) {
         if (open_.size() == JSONParseContext::kMaxDepth) return Refuse(kTooDeep);
-        open_.push_back(std::move(container));
+        open_.push_back(container);
         return true;
     }
-    bool Close() {
-        Container closed = std::move(open_.back());
+    std::size_t Close() noexcept {
+        const std::size_t first = open_.back().first;
         open_.pop_back();
-        return Add(closed.isObject ? JSONValue(std::move(closed.members)) : JSONValue(std::move(closed.elements)));
+        return first;
+    }
+    template <typename T>
+    static std::vector<T> TakeFrom(std::vector<T>& stack, std::size_t first) {
+        const auto begin = stack.begin() + static_cast<std::ptrdiff_t>(first);
+        std::vector<T> taken(std::make_move_iterator(begin), std::make_move_iterator(stack.end()));
+        stack.erase(begin, stack.end());
+        return taken;
     }
     bool Add(JSONValue value) {
         if (open_.empty()) {
             root_ = std::move(value);
         } else if (open_.back().isObject) {
-            open_.back().members.push_back({std::move(open_.back().name), std::move(value)});
+            members_.back().value = std::move(value);
         } else {
-            open_.back().elements.push_back(std::move(value));
+            elements_.push_back(std::move(value));
         }
         return true;
     }
 
     JSONValue root_;
     std::vector<Container> open_;
+    JSONValue::Array elements_;
+    JSONValue::Object members_;  // the last one's value comes next
     const char* refusal_ = nullptr;
 };
 
