@@ -1,6 +1,8 @@
 #include "tools/FileContent.h"
 
 #include <fstream>
+#include <istream>
+#include <iterator>
 
 #include "platform/File.h"
 
@@ -11,6 +13,12 @@ bool ReadFileContent(const std::string& path, std::string& content) {
     if (!file.OpenFileForRead(CTNFilePath(path))) return false;
     content.resize(file.GetFileSize());
     return file.ReadBytes(content.data(), file.GetFileSize());
+}
+
+bool ReadFileOrInput(const std::string& path, std::istream& input, std::string& content) {
+    if (path != "-") return ReadFileContent(path, content);
+    content.assign(std::istreambuf_iterator<char>(input), {});
+    return !input.bad();
 }
 
 bool WriteFileContent(const std::string& path, std::string_view content) {

@@ -80,6 +80,11 @@ void JsonWriter::Number(std::uint64_t value) {
     output_ << value;
 }
 
+void JsonWriter::Boolean(bool value) {
+    Separate();
+    output_ << (value ? "true" : "false");
+}
+
 void JsonWriter::Null() {
     Separate();
     output_ << "null";

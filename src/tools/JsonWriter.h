@@ -29,6 +29,7 @@ class JsonWriter {
     void String(std::string_view text);
     void Number(std::int64_t value);
     void Number(std::uint64_t value);
+    void Boolean(bool value);
     void Null();
     /// Ends the line, after the outermost value.
     void EndLine();

@@ -54,6 +54,8 @@ TEST(JsonWriter, CommasStandBetweenValues) {
     json.Number(std::numeric_limits<std::int64_t>::min());
     json.Number(std::numeric_limits<std::uint64_t>::max());
     json.Null();
+    json.Boolean(true);
+    json.Boolean(false);
     json.BeginObject();
     json.EndObject();
     json.EndArray();
@@ -64,7 +66,8 @@ TEST(JsonWriter, CommasStandBetweenValues) {
     json.EndLine();
     json.BeginArray();
     json.EndArray();
-    EXPECT_EQ(output.str(), "{\"a\":\"x\",\"b\":[-9223372036854775808,18446744073709551615,null,{}],\"c\":[]}\n[]");
+    EXPECT_EQ(output.str(),
+              "{\"a\":\"x\",\"b\":[-9223372036854775808,18446744073709551615,null,true,false,{}],\"c\":[]}\n[]");
 }
 
 TEST(HexText, TwoDigitsForEachByte) {

@@ -40,6 +40,7 @@ int RunTool(int argc, const char* const* argv) {
         AddAsmCommand(app, exitStatus);
         AddDisCommand(app, exitStatus);
         AddLiteralCommand(app, exitStatus);
+        AddTokensCommand(app, exitStatus);
         AddSelectCommand(app, exitStatus);
         try {
             app.parse(ArgumentsForParser(argc, argv));

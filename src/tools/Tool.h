@@ -22,6 +22,7 @@ void AddRunCommand(CLI::App& app, int& exitStatus);
 void AddAsmCommand(CLI::App& app, int& exitStatus);
 void AddDisCommand(CLI::App& app, int& exitStatus);
 void AddLiteralCommand(CLI::App& app, int& exitStatus);
+void AddTokensCommand(CLI::App& app, int& exitStatus);
 void AddSelectCommand(CLI::App& app, int& exitStatus);
 
 }  // namespace tn61131
