@@ -9,7 +9,7 @@ cd "$scratch"
 tn61131() { "$tool" "$@"; }
 
 commands=$(sed -n '/^```sh$/,/^```$/p' "$source_folder/README.md" | grep '^tn61131 ')
-[ "$(grep -c . <<<"$commands")" -eq 4 ] || { echo "the README has other command lines than this test knows"; exit 1; }
+[ "$(grep -c . <<<"$commands")" -eq 5 ] || { echo "the README has other command lines than this test knows"; exit 1; }
 while IFS= read -r line; do
     echo "+ $line"
     eval "$line" </dev/null
