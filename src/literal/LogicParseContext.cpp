@@ -309,11 +309,6 @@ void CLogicParseContext::ParseOptionalSign(Compound& token) const {
     if (sign == '+' || sign == '-') ++token.end;
 }
 
-// A NUL behind the end; one in the text stands for itself, and nothing that is looked for.
-char CLogicParseContext::CharacterAt(std::size_t offset) const noexcept {
-    return offset < GetText().size() ? GetText()[offset] : '\0';
-}
-
 std::size_t CLogicParseContext::EndOfIdentifier(std::size_t offset) const noexcept {
     const std::string_view text = GetText();
     while (offset < text.size()) {

@@ -67,7 +67,10 @@ class TN61131_API CLogicParseContext : public CParseContext {
     void ParseFractionAndExponent(Compound& token) const;
     void ParsePushedToken(CLogicToken& token) const;
 
-    [[nodiscard]] char CharacterAt(std::size_t offset) const noexcept;
+    /// A NUL behind the end; one in the text stands for itself, and for nothing that is looked for.
+    [[nodiscard]] char CharacterAt(std::size_t offset) const noexcept {
+        return offset < GetText().size() ? GetText()[offset] : '\0';
+    }
     [[nodiscard]] std::size_t EndOfIdentifier(std::size_t offset) const noexcept;
     [[nodiscard]] std::size_t EndOfDigitsAndUnderscores(std::size_t offset) const noexcept;
     [[nodiscard]] std::size_t EndOfHexDigits(std::size_t offset) const noexcept;

@@ -215,7 +215,7 @@ const char* CLogicToken::GetTokenName(int type) noexcept {
     if (const char* const name = CParseToken::GetTokenName(type)) return name;
     if (type < kFirstKeyword || type > kLastKeyword) return nullptr;
     const LogicTokenInformation* const keyword = kKeywordsByType[static_cast<std::size_t>(type - kFirstKeyword)];
-    return keyword != nullptr ? keyword->keyword : nullptr;
+    return keyword != nullptr ? keyword->keyword.data() : nullptr;
 }
 
 int CLogicToken::GetTokenCount() noexcept {

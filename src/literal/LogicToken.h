@@ -123,7 +123,7 @@ struct LogicTokenInformation {
     static constexpr std::uint32_t kVariableDeclaration = 0x40;
     static constexpr std::uint32_t kDataType = 0x80;
 
-    const char* keyword;  ///< in capitals
+    std::string_view keyword;  ///< in capitals; a zero stands behind it
     LogicTokenType type;
     bool isReserved;          ///< cannot be a name
     std::uint8_t secondFlag;  ///< 0 or 1, for hosts: nothing in the library reads it

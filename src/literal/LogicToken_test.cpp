@@ -122,7 +122,7 @@ TEST(LogicTokenTable, IsSortedAndEveryTypeStandsOnce) {
         const LogicTokenInformation& entry = CLogicToken::GetTokenInformation(index);
         EXPECT_TRUE(types.insert(static_cast<int>(entry.type)).second) << entry.keyword;
         if (index == 0) continue;
-        const char* const before = CLogicToken::GetTokenInformation(index - 1).keyword;
+        const std::string_view before = CLogicToken::GetTokenInformation(index - 1).keyword;
         EXPECT_LT(CParseToken::CompareIdentifier(before, entry.keyword), 0) << entry.keyword;
     }
     // 150 to 231 without 181.
@@ -134,7 +134,7 @@ TEST(LogicTokenTable, IsSortedAndEveryTypeStandsOnce) {
 TEST(LogicTokenTable, EveryKeywordIsFoundInAnyCase) {
     for (int index = 0; index < CLogicToken::GetTokenCount(); ++index) {
         const LogicTokenInformation& entry = CLogicToken::GetTokenInformation(index);
-        std::string word = entry.keyword;
+        std::string word(entry.keyword);
         EXPECT_EQ(CLogicToken::FindKeyword(word), &entry);
         std::transform(word.begin(), word.end(), word.begin(),
                        [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c; });
@@ -224,7 +224,7 @@ TEST(LogicToken, FromAParseTokenBecomesItsKeyword) {
     const CLogicToken copied(word);
     EXPECT_EQ(copied.GetType(), 209);
     EXPECT_EQ(copied.GetText(), "End_If");
-    EXPECT_STREQ(copied.GetKeyword()->keyword, "END_IF");
+    EXPECT_EQ(copied.GetKeyword()->keyword, "END_IF");
     EXPECT_TRUE(copied.IsNotTerminated());
     const CLogicToken moved(std::move(word));
     EXPECT_EQ(moved.GetType(), 209);

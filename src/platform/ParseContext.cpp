@@ -213,11 +213,9 @@ void CParseContext::TakeToken(CParseToken& token, int type, std::size_t end) {
     token.Location().SetRange(start, position_);
 }
 
-bool CParseContext::TakePushedToken(CParseToken& token) {
-    if (pushed_.empty()) return false;
+void CParseContext::PopToken(CParseToken& token) {
     token = std::move(pushed_.back());
     pushed_.pop_back();
-    return true;
 }
 
 bool CParseContext::IsWhiteSpace(const CParseToken& token) const noexcept {

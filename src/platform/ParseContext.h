@@ -86,14 +86,18 @@ class TN61131_API CParseContext {
     /// Makes the text from the position to `end` a token and moves behind it.
     void TakeToken(CParseToken& token, int type, std::size_t end);
     /// Takes the token that was pushed back last; false when there is none.
-    bool TakePushedToken(CParseToken& token);
+    bool TakePushedToken(CParseToken& token) {
+        if (pushed_.empty()) return false;
+        PopToken(token);
+        return true;
+    }
     /// Moves behind white space, of which what was pushed back may be a part.
     void SkipWhiteSpace();
-    [[nodiscard]] bool HasPushedTokens() const noexcept { return !pushed_.empty(); }
     /// Whether `character` stands directly behind a token, in the text or in what was pushed back.
     [[nodiscard]] bool IsFollowedBy(const CParseToken& token, char character) const noexcept;
 
  private:
+    void PopToken(CParseToken& token);
     [[nodiscard]] bool IsWhiteSpace(const CParseToken& token) const noexcept;
 
     std::string storage_;  // the text of a source that holds no UTF-8
