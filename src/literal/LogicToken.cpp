@@ -214,7 +214,8 @@ const char* CLogicToken::GetTokenName(int type) noexcept {
     }
     if (const char* const name = CParseToken::GetTokenName(type)) return name;
     if (type < kFirstKeyword || type > kLastKeyword) return nullptr;
-    const LogicTokenInformation* const keyword = kKeywordsByType[static_cast<std::size_t>(type - kFirstKeyword)];
+    const int index = type - kFirstKeyword;
+    const LogicTokenInformation* const keyword = kKeywordsByType[static_cast<std::size_t>(index)];
     return keyword != nullptr ? keyword->keyword.data() : nullptr;
 }
 
