@@ -3,7 +3,6 @@
 #include <CLI/CLI.hpp>
 #include <charconv>
 #include <iostream>
-#include <iterator>
 #include <memory>
 
 #include "payload/TextPayload.h"
@@ -19,8 +18,6 @@
 
 namespace tn61131 {
 namespace {
-
-constexpr std::string_view kStandardInput = "-";
 
 /// The lines that a log is given, each as one.
 class LineLog final : public COutputLog {
@@ -117,12 +114,6 @@ void WriteHuman(std::ostream& output, const CValue& value) {
     output << text << '\n';
 }
 
-bool ReadDocument(const std::string& name, std::istream& input, std::string& content) {
-    if (name != kStandardInput) return ReadFileContent(name, content);
-    content.assign(std::istreambuf_iterator<char>(input), {});
-    return !input.bad();
-}
-
 }  // namespace
 
 int SelectFromDocument(const SelectOptions& options, std::istream& input, std::ostream& output,
@@ -130,7 +121,7 @@ int SelectFromDocument(const SelectOptions& options, std::istream& input, std::o
     TextPayload document(options.document);
     {
         std::string content;
-        if (!ReadDocument(options.document, input, content)) {
+        if (!ReadFileOrInput(options.document, input, content)) {
             WriteMessage(messages, options.document, {0, {}, "the file cannot be read"});
             return kExitFailure;
         }
