@@ -4,12 +4,21 @@
 #include <deque>
 #include <string>
 #include <string_view>
-#include <unordered_map>
+#include <vector>
+
+#include "compiler/Keywords.h"
 
 namespace tn61131::st {
 
-/// An identifier without regard to case (IEC 61131-3, 6.1.2): equal names have equal numbers. 0 is no name.
+/// An identifier without regard to case (IEC 61131-3, 6.1.2): equal names have equal numbers. 0 is no name; the
+/// keywords have the numbers of their rows in kKeywords.
 enum class NameId : std::uint32_t { None = 0 };
+
+/// The keyword that a name is; None for any other name.
+[[nodiscard]] constexpr Keyword KeywordOf(NameId name) noexcept {
+    const auto number = static_cast<std::uint32_t>(name);
+    return number < kKeywords.size() ? static_cast<Keyword>(number) : Keyword::None;
+}
 
 /// All identifiers of a project.
 class NameTable {
@@ -34,8 +43,17 @@ class NameTable {
         std::string folded;
         std::string spelling;
     };
+    /// A place of the hash table; free where `name` is None.
+    struct Slot {
+        std::uint32_t hash = 0;
+        NameId name = NameId::None;
+    };
+    /// The slot that holds the name, or the free one where it belongs.
+    [[nodiscard]] std::size_t FindSlot(std::string_view spelling, std::uint32_t hash) const;
+    void Grow();
+
     std::deque<Entry> entries_;  ///< index = number; addresses are stable
-    std::unordered_map<std::string_view, NameId> byFolded_;
+    std::vector<Slot> slots_;    ///< a power of two of them, open addressing, at most half full
 };
 
 }  // namespace tn61131::st
