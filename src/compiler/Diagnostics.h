@@ -5,6 +5,7 @@
 #include <span>
 #include <string>
 #include <string_view>
+#include <unordered_set>
 #include <vector>
 
 #include "compiler/DiagnosticTable.h"
@@ -35,7 +36,7 @@ class Diagnostics {
     explicit Diagnostics(const SourceManager& sources) noexcept : sources_(sources) {}
 
     /// `arguments` replace {0}, {1}, ... of the code's text. The severity is that of the table unless one is given.
-    /// Returns the diagnostic for notes; one that is thrown away when it was dropped.
+    /// Returns the diagnostic for notes, good until the next report; one that is thrown away when it was dropped.
     Diagnostic& Report(DiagnosticCode code, SourceRange range, std::initializer_list<std::string_view> arguments = {});
     Diagnostic& Report(DiagnosticCode code, Severity severity, SourceRange range,
                        std::initializer_list<std::string_view> arguments = {});
@@ -49,6 +50,7 @@ class Diagnostics {
  private:
     const SourceManager& sources_;
     std::vector<Diagnostic> diagnostics_;
+    std::unordered_set<std::uint64_t> reported_;  ///< place and code of the errors
     Diagnostic dropped_;
     std::uint32_t errors_ = 0;
 };

@@ -65,10 +65,23 @@ struct CompileOptions {
     std::vector<TagSymbol> tags;
 };
 
+/// A switch as users see it.
+struct SwitchInfo {
+    std::string_view name;
+    std::string_view values;  ///< alternatives separated by |, or the limits of a number
+    std::string_view iec;     ///< default of the profile
+    std::string_view codesys;
+    std::string_view meaning;
+};
+
+/// Every switch that SetSwitch() takes, for lists and help.
+[[nodiscard]] std::vector<SwitchInfo> GetSwitches();
+
 /// "iec", "codesys", "twincat" in any case; nothing for another name. Sets profile and switches to the profile's
 /// defaults.
 [[nodiscard]] bool SetProfile(std::string_view name, CompileOptions& options);
-/// Takes `NAME=VALUE`; the reason in `error` when there is no such switch or value.
+/// Takes `NAME=VALUE`, both in any case; the reason in `error`, and nothing changed, when there is no such switch or
+/// value.
 [[nodiscard]] bool SetSwitch(std::string_view assignment, CompileOptions& options, std::string& error);
 
 }  // namespace tn61131::st

@@ -59,6 +59,9 @@ class SourceManager {
         SourceOffset start = 0;
         mutable std::vector<std::uint32_t> lineStarts;  ///< made when first needed
     };
+    static constexpr std::uint32_t kNoFile = 0xFFFFFFFF;
+    /// The file that an offset lies in, kNoFile for none.
+    [[nodiscard]] std::uint32_t FindFile(SourceOffset offset) const;
     [[nodiscard]] const std::vector<std::uint32_t>& LineStarts(const File& file) const;
 
     std::deque<File> files_;
