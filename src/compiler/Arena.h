@@ -37,6 +37,10 @@ class Arena {
     /// A copy of the elements that lives as long as the arena.
     template <typename T>
     [[nodiscard]] std::span<T> Copy(const std::vector<T>& elements) {
+        return Copy(std::span<const T>(elements));
+    }
+    template <typename T>
+    [[nodiscard]] std::span<T> Copy(std::span<const T> elements) {
         static_assert(std::is_trivially_copyable_v<T>);
         if (elements.empty()) return {};
         T* first = static_cast<T*>(Allocate(sizeof(T) * elements.size(), alignof(T)));

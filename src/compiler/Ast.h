@@ -225,7 +225,7 @@ struct PointerTypeSpec : TypeSpec {  // Pointer and Reference
 struct VarDecl;
 
 struct StructTypeSpec : TypeSpec {
-    Identifier base;  ///< of EXTENDS; None without
+    Identifier base;  ///< of EXTENDS, named as in Pou::extends; None without
     std::span<VarDecl*> fields;
     bool isUnion;
     bool overlap;
@@ -251,12 +251,15 @@ struct EdgeTypeSpec : TypeSpec {
 struct VarDecl {
     Identifier name;
     LocatedExpr* location = nullptr;  ///< AT %...; null without
-    Expr* alias = nullptr;            ///< AT another variable
+    Expr* alias = nullptr;            ///< AT another variable; the variable that VAR_ACCESS and VAR_CONFIG name
     TypeSpec* type = nullptr;
     Expr* initial = nullptr;                   ///< null without
     std::span<Argument> blockInit{};           ///< arguments behind the type of a function block: fb : TON(PT := T#1s)
-    std::span<std::string_view> attributes{};  ///< texts of the pragmas in front of it
+    std::span<std::string_view> attributes{};  ///< texts of the pragmas in front of it, without braces
+    bool readWrite = false;                    ///< READ_WRITE of VAR_ACCESS
 };
+
+enum class Access : std::uint8_t { Unstated, Public, Protected, Private, Internal };
 
 enum class VarSection : std::uint8_t {
     Input,
@@ -280,11 +283,10 @@ struct VarBlock {
     bool persistent = false;
     std::span<VarDecl*> variables{};
     SourceRange range{};
+    Access access = Access::Unstated;
 };
 
 enum class PouKind : std::uint8_t { Program, Function, FunctionBlock, Method, Property, Action, Interface };
-
-enum class Access : std::uint8_t { Unstated, Public, Protected, Private, Internal };
 
 struct Sfc;
 
@@ -295,8 +297,8 @@ struct Pou {
     bool isAbstract = false;
     bool isFinal = false;
     bool isOverride = false;
-    TypeSpec* result = nullptr;  ///< of functions, methods and properties; null without
-    std::span<Identifier> extends{};
+    TypeSpec* result = nullptr;       ///< of functions, methods and properties; null without
+    std::span<Identifier> extends{};  ///< several for interfaces; the name of a.b is "a.b"
     std::span<Identifier> implements{};
     std::span<VarBlock*> variables{};
     std::span<Stmt*> body{};
@@ -306,6 +308,8 @@ struct Pou {
     Pou* setter = nullptr;
     std::span<std::string_view> attributes{};
     SourceRange range{};  ///< from the keyword to the end keyword
+    std::span<std::span<Identifier>> usings{};
+    bool isClass = false;  ///< a function block written CLASS
 };
 
 struct TypeDecl {
@@ -320,12 +324,19 @@ struct TaskDecl {
     std::span<StructInitElement> properties;  ///< SINGLE, INTERVAL, PRIORITY
 };
 
+/// A function block of a program that runs in a task of its own: fb WITH task.
+struct BlockTask {
+    Identifier block;
+    Identifier task;
+};
+
 struct ProgramInstance {
     Identifier name;
     Identifier task{};  ///< None without WITH
-    Identifier type;
+    Identifier type;    ///< named as in Pou::extends
     std::span<Argument> arguments{};
     bool retain = false;
+    std::span<BlockTask> blockTasks{};
 };
 
 struct Resource {

@@ -12,6 +12,9 @@ namespace tn61131::st {
 
 /// Blocks, parentheses, types and comments nest no deeper than this.
 inline constexpr std::uint32_t kMaxNesting = 200;
+/// No path in the tree of one expression is longer than this, so that whoever walks it may recurse: a + b + c + ... is
+/// as deep as it has operators.
+inline constexpr std::uint32_t kMaxExpressionHeight = 1000;
 
 /// Parses one file by recursive descent. Always returns a tree: what could not be parsed is left out or stands as an
 /// Error node, each independent mistake is reported once, and parsing goes on behind it. Time is linear in the text.
