@@ -87,7 +87,7 @@ std::optional<Failure> ReadNumber(std::string_view presentation, bool isOrdinal,
     Result<IntegerFormat> format = IntegerFormat::Parse(presentation, isOrdinal);
     if (!format) return format.TakeFailure();
     part.number = std::move(*format);
-    if (part.component != 'f') part.number.WidenTo(part.minimumWidth);
+    if (part.component != 'f') part.number.FitWidth(part.minimumWidth, part.maximumWidth);
     return std::nullopt;
 }
 

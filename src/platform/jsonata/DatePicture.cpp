@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
+#include <cstdlib>
 #include <vector>
 
 #include "platform/jsonata/Calendar.h"
@@ -44,7 +45,6 @@ std::optional<int> ReadZone(std::string_view text) {
 
 double ComponentValue(const DateTimeFields& fields, char component) {
     switch (component) {
-        case 'Y': return static_cast<double>(fields.date.year);
         case 'M': return fields.date.month;
         case 'D': return fields.date.day;
         case 'd': return fields.dayOfYear;
@@ -56,18 +56,24 @@ double ComponentValue(const DateTimeFields& fields, char component) {
         case 'H': return fields.hour;
         case 'h': return (fields.hour + 11) % 12 + 1;
         case 'm': return fields.minute;
-        case 's': return fields.second;
-        default: return fields.millisecond;
+        default: return fields.second;
     }
 }
 
-/// The last digits of a year where the picture shows so many, but more than one.
-double CutYear(double year, const DatePart& part) {
-    if (part.number.GetKind() != IntegerFormat::Kind::Decimal) return year;
-    const std::size_t digits = part.maximumWidth.value_or(part.number.GetAllDigits());
+/// As many digits of the year, from the right, as the picture has, where these are more than one, or as its greatest
+/// width says.
+std::string FormatYear(std::int64_t year, const DatePart& part) {
+    const bool isDecimal = part.number.GetKind() == IntegerFormat::Kind::Decimal;
+    const std::size_t digits = part.maximumWidth.value_or(isDecimal ? part.number.GetAllDigits() : 0);
     constexpr std::size_t kMostYearDigits = 6;
-    if (digits > kMostYearDigits || (digits < 2 && !part.maximumWidth)) return year;
-    return std::fmod(year, std::pow(10, static_cast<double>(digits)));
+    const bool isCut = digits <= kMostYearDigits && (digits > 1 || part.maximumWidth);
+    if (!isCut) return part.number.Format(static_cast<double>(year));
+    std::int64_t modulus = 1;
+    for (std::size_t i = 0; i < digits; ++i)
+        modulus *= 10;
+    IntegerFormat format = part.number;
+    if (part.maximumWidth && std::abs(year) >= modulus) format.FitWidth(digits, digits);
+    return format.Format(static_cast<double>(year % modulus));
 }
 
 /// Digits behind the point: as many as there are for a picture of one digit, else as many as it has.
@@ -130,9 +136,9 @@ std::string FormatPart(const LocalTime& time, const DatePart& part) {
         }
         case DatePart::Style::Number: break;
     }
-    const double value = ComponentValue(time.fields, part.component);
+    if (part.component == 'Y') return FormatYear(time.fields.date.year, part);
     if (part.component == 'f') return FormatFraction(time.fields.millisecond, part);
-    return part.number.Format(part.component == 'Y' || part.component == 'X' ? CutYear(value, part) : value);
+    return part.number.Format(ComponentValue(time.fields, part.component));
 }
 
 }  // namespace

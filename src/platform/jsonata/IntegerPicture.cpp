@@ -173,8 +173,9 @@ void IntegerFormat::FindRegularGrouping() noexcept {
     regularGroup_ = first.position;
 }
 
-void IntegerFormat::WidenTo(std::size_t digits) noexcept {
-    mandatoryDigits_ = std::max(mandatoryDigits_, digits);
+void IntegerFormat::FitWidth(std::size_t minimum, std::optional<std::size_t> maximum) noexcept {
+    mandatoryDigits_ = std::max(mandatoryDigits_, minimum);
+    if (maximum) mandatoryDigits_ = std::min(mandatoryDigits_, *maximum);
 }
 
 std::string IntegerFormat::FormatDecimal(std::string digits) const {

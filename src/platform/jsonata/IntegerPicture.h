@@ -44,8 +44,8 @@ class IntegerFormat {
     /// The digits that a decimal picture requires, and those it shows in all.
     [[nodiscard]] std::size_t GetMandatoryDigits() const noexcept { return mandatoryDigits_; }
     [[nodiscard]] std::size_t GetAllDigits() const noexcept { return mandatoryDigits_ + optionalDigits_; }
-    /// Requires at least so many digits.
-    void WidenTo(std::size_t digits) noexcept;
+    /// Requires at least `minimum` digits, and no more than `maximum`; numbers with more digits keep them.
+    void FitWidth(std::size_t minimum, std::optional<std::size_t> maximum) noexcept;
     [[nodiscard]] const std::vector<Separator>& GetSeparators() const noexcept { return separators_; }
     [[nodiscard]] bool HasSeparators() const noexcept { return !separators_.empty(); }
     /// Decimal digits in the script of the picture, and back; what is no digit of it stays as it is.

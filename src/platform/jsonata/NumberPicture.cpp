@@ -152,6 +152,11 @@ SubPicture Cut(Tokens tokens) {
         const bool isExponentBehind = tokens[at].role == Role::Exponent && end == at;
         if (IsActive(tokens[at]) || isExponentBehind) end = at + 1;
     }
+    if (begin == tokens.size()) {
+        // Nothing is active: all of it stands where only active characters may.
+        part.active = tokens;
+        return part;
+    }
     part.prefix = tokens.first(begin);
     part.active = tokens.subspan(begin, end - begin);
     part.suffix = tokens.subspan(end);
@@ -183,47 +188,46 @@ bool IsBefore(Tokens tokens, Role first, Role second) {
     return place < tokens.size() && PlaceOf(tokens.subspan(place), second) < tokens.size() - place;
 }
 
-bool IsInside(const Token& token) {
+bool IsPassive(const Token& token) {
     return token.role < Role::Digit;
 }
 
-/// The code of the first rule that a sub-picture breaks; empty for none.
+/// The code of the last rule that a sub-picture breaks; empty for none.
 std::string_view FindMistake(Tokens tokens, const SubPicture& part) {
-    if (!tokens.empty() && std::none_of(tokens.begin(), tokens.end(), IsActive)) return "D3086";
-    if (CountOf(tokens, Role::Decimal) > 1) return "D3081";
     const std::size_t percents = CountOf(tokens, Role::Percent);
     const std::size_t perMilles = CountOf(tokens, Role::PerMille);
-    if (percents > 1) return "D3082";
-    if (perMilles > 1) return "D3083";
-    if (percents > 0 && perMilles > 0) return "D3084";
-    if (std::none_of(part.whole.begin(), part.whole.end(), IsAnyDigit) &&
-        std::none_of(part.fraction.begin(), part.fraction.end(), IsAnyDigit)) {
-        return "D3085";
+    if (part.exponent && (part.exponent->empty() || CountOf(*part.exponent, Role::Digit) != part.exponent->size())) {
+        return "D3093";
     }
     if (part.exponent && percents + perMilles > 0) return "D3092";
-    if (std::any_of(part.active.begin(), part.active.end(), IsInside)) return "D3086";
+    if (IsBefore(part.fraction, Role::OptionalDigit, Role::Digit)) return "D3091";
+    if (IsBefore(part.whole, Role::Digit, Role::OptionalDigit)) return "D3090";
+    if (IsAdjacent(part.active, Role::Grouping, Role::Grouping)) return "D3089";
+    if (!part.hasDecimal && !part.whole.empty() && part.whole.back().role == Role::Grouping) return "D3088";
     if (IsAdjacent(part.active, Role::Grouping, Role::Decimal) ||
         IsAdjacent(part.active, Role::Decimal, Role::Grouping)) {
         return "D3087";
     }
-    if (!part.hasDecimal && !part.whole.empty() && part.whole.back().role == Role::Grouping) return "D3088";
-    if (IsAdjacent(part.active, Role::Grouping, Role::Grouping)) return "D3089";
-    if (IsBefore(part.whole, Role::Digit, Role::OptionalDigit)) return "D3090";
-    if (IsBefore(part.fraction, Role::OptionalDigit, Role::Digit)) return "D3091";
-    if (part.exponent && (part.exponent->empty() || CountOf(*part.exponent, Role::Digit) != part.exponent->size())) {
-        return "D3093";
+    if (std::any_of(part.active.begin(), part.active.end(), IsPassive)) return "D3086";
+    if (std::none_of(part.whole.begin(), part.whole.end(), IsAnyDigit) &&
+        std::none_of(part.fraction.begin(), part.fraction.end(), IsAnyDigit)) {
+        return "D3085";
     }
+    if (percents > 0 && perMilles > 0) return "D3084";
+    if (perMilles > 1) return "D3083";
+    if (percents > 1) return "D3082";
+    if (CountOf(tokens, Role::Decimal) > 1) return "D3081";
     return {};
 }
 
-/// The size of the groups where separators stand at each of its multiples and nowhere else; else 0.
-std::size_t FindRegularGroup(const std::vector<std::size_t>& positions, std::size_t digits) {
+/// N where separators stand at N, 2N, 3N, ... digits from the point, one of them being enough; else 0.
+std::size_t FindRegularGroup(const std::vector<std::size_t>& positions) {
     if (positions.empty()) return 0;
     const std::size_t group = positions.back();
     for (std::size_t i = 0; i < positions.size(); ++i) {
         if (positions[positions.size() - 1 - i] != group * (i + 1)) return 0;
     }
-    return group * (positions.size() + 1) >= digits ? group : 0;
+    return group;
 }
 
 /// Rules 6 to 12 of section 4.7.4.
@@ -254,7 +258,7 @@ Layout Analyse(Tokens tokens, const SubPicture& part) {
         if (IsAnyDigit(token)) ++before;
         if (token.role == Role::Grouping) layout.wholeGroups.push_back(wholeDigits - before);
     }
-    layout.regularGroup = FindRegularGroup(layout.wholeGroups, wholeDigits);
+    layout.regularGroup = FindRegularGroup(layout.wholeGroups);
     before = 0;
     for (const Token& token : part.fraction) {
         if (IsAnyDigit(token)) ++before;

@@ -151,12 +151,13 @@ Result<std::string> FormatBase(double value, double radix) {
         digits = DecimalDigits::Of(value).GetWhole();
     } else {
         // Beyond this limit the number does not tell its last digits: they are zeros, as in decimal notation.
-        constexpr double kExactLimit = 9007199254740992.0;
-        double rest = std::fabs(value);
-        for (; rest > kExactLimit; rest /= radix)
+        constexpr double kExactLimit = 9223372036854775808.0;
+        double magnitude = std::fabs(value);
+        for (; magnitude >= kExactLimit; magnitude /= radix)
             digits += '0';
-        for (rest = std::trunc(rest); rest >= 1; rest = std::trunc(rest / radix))
-            digits += kDigits[static_cast<std::size_t>(std::fmod(rest, radix))];
+        const auto base = static_cast<std::uint64_t>(radix);
+        for (auto rest = static_cast<std::uint64_t>(magnitude); rest > 0; rest /= base)
+            digits += kDigits[rest % base];
         std::reverse(digits.begin(), digits.end());
     }
     if (digits.empty()) digits = "0";

@@ -33,7 +33,8 @@ class Regex {
     Regex& operator=(const Regex&) = delete;
 
     /// The leftmost match that begins at byte `from` or later; the text before `from` is what ^ and \b look back on.
-    /// An empty match is returned as any other: to the language it is the error D1004.
+    /// An empty match is returned as any other. To the language the first match of a text may be empty; searching on,
+    /// from the end of a match and before the end of the text, an empty one is the error D1004.
     [[nodiscard]] std::optional<RegexMatch> Find(std::string_view text, std::size_t from) const;
     /// The expression as it was written, without slashes and flags: what the message of D1004 quotes.
     [[nodiscard]] const std::string& GetSource() const noexcept { return source_; }
