@@ -109,6 +109,8 @@ class TN61131_API JSONataExpr {
     struct Parsed;
 
     explicit JSONataExpr(std::unique_ptr<const Parsed> parsed) noexcept;
+    [[nodiscard]] JSONataResult EvaluateFor(const JSONValue* input, COutputLog& log,
+                                            const JSONataOptions& options) const;
 
     std::unique_ptr<const Parsed> parsed_;
 };
