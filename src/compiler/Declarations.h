@@ -48,6 +48,8 @@ class Declarations {
 
     /// Checks an initial value against a type; null after a message.
     [[nodiscard]] const InitialValue* CheckInitial(const ast::Expr& value, const Type* type, const Scope* scope);
+    /// The initial value of a variable, checked when first asked for; null for the type's default, and after a message.
+    [[nodiscard]] const InitialValue* GetInitial(Variable& variable);
     /// Writes the initial bytes of a variable of the type: `initial`, or the type's default when that is null.
     /// `bytes` has the type's size.
     void WriteInitial(const Type* type, const InitialValue* initial, std::span<unsigned char> bytes) const;

@@ -153,6 +153,7 @@ struct ProgramEntry {
     Pou* pou = nullptr;
     std::uint32_t instanceOffset = 0;
     NameId task = NameId::None;
+    SourceRange declared{};
 };
 
 struct Task {

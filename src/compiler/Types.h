@@ -16,6 +16,7 @@
 #include "value/ElementaryType.h"
 #include "value/TypeTable.h"
 
+struct BlockGroup;
 struct BlockRow;
 
 namespace tn61131::st {
@@ -198,12 +199,15 @@ class TypeTable {
     [[nodiscard]] const FunctionBlockType* FindLibraryBlock(NameId name);
     /// A type that the language names itself: INT, LTIME, BYTE ..., STRING of the profile's length is not among them.
     [[nodiscard]] const Type* FindElementaryByName(std::string_view name) const;
+    [[nodiscard]] const Type* FindElementary(NameId name) const;
 
     [[nodiscard]] NameTable& GetNames() const noexcept { return names_; }
 
  private:
     template <typename T>
     T* Keep(T type);
+    const PointerType* MakePointer(TypeKind kind, const Type* target);
+    const FunctionBlockType* MakeLibraryBlock(NameId name, const BlockGroup& group, const BlockRow& row);
 
     NameTable& names_;
     std::deque<std::shared_ptr<Type>> types_;
@@ -215,6 +219,8 @@ class TypeTable {
     std::map<std::tuple<TypeKind, const Type*>, const PointerType*> pointers_;
     std::map<std::tuple<std::vector<ArrayBound>, const Type*, bool>, ArrayType*> arrays_;
     std::vector<const ArrayType*> lateArrays_;
+    std::unordered_map<const AliasType*, AliasType*> aliases_;
+    std::unordered_map<NameId, const Type*> byName_;
     std::map<NameId, const FunctionBlockType*> libraryBlocks_;
     std::deque<std::shared_ptr<Variable>> libraryVariables_;
 };
