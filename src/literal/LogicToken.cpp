@@ -143,8 +143,10 @@ constexpr auto kKeywordsByType = [] {
 // Where the keywords that begin with each letter start; the last entry is behind the last keyword.
 constexpr auto kStartsByLetter = [] {
     std::array<unsigned char, 'Z' - 'A' + 2> starts{};
-    for (const LogicTokenInformation& keyword : kKeywords)
-        ++starts[static_cast<std::size_t>(keyword.keyword[0] - 'A' + 1)];
+    for (const LogicTokenInformation& keyword : kKeywords) {
+        const auto letter = static_cast<std::size_t>(keyword.keyword[0]) - 'A';
+        ++starts[letter + 1];
+    }
     for (std::size_t letter = 1; letter < starts.size(); ++letter)
         starts[letter] = static_cast<unsigned char>(starts[letter] + starts[letter - 1]);
     return starts;
