@@ -129,7 +129,7 @@ std::string FormatPart(const LocalTime& time, const DatePart& part) {
         case DatePart::Style::Literal: return part.literal;
         case DatePart::Style::Zone: return FormatZone(time.offsetMinutes, part);
         case DatePart::Style::Name: {
-            const std::string name = FormatName(time.fields, part);
+            std::string name = FormatName(time.fields, part);
             if (part.component == 'C' || part.component == 'E') return name;
             if (part.nameCase == IntegerFormat::Case::Title) return name;
             return part.nameCase == IntegerFormat::Case::Upper ? ToUpperCase(name) : ToLowerCase(name);

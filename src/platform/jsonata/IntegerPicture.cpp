@@ -104,7 +104,7 @@ std::string_view OrdinalSuffix(std::string_view digits) {
     return last == '1' ? "st" : last == '2' ? "nd" : last == '3' ? "rd" : "th";
 }
 
-std::string ChangeCase(std::string title, IntegerFormat::Case letterCase) {
+std::string ChangeCase(const std::string& title, IntegerFormat::Case letterCase) {
     if (letterCase == IntegerFormat::Case::Upper) return ToUpperCase(title);
     return letterCase == IntegerFormat::Case::Lower ? ToLowerCase(title) : title;
 }

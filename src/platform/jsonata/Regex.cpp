@@ -19,7 +19,7 @@ struct Regex::Engine {
 namespace {
 
 /// Longer ones are refused before they are looked at.
-constexpr std::size_t kLongestBody = 64 * 1024;
+constexpr std::size_t kLongestBody = 65'536;
 /// For the program and the states that are built while matching; when these exceed it, matching goes on more slowly.
 constexpr std::int64_t kMemoryBudget = 1 << 20;
 /// Each state of a match notes the places of all groups, so that their number multiplies what matching takes.
