@@ -64,7 +64,7 @@ TEST(SelectorDocumentation, EveryExampleGivesWhatItSays) {
             ++examples;
         }
     }
-    EXPECT_GT(examples, 15);
+    EXPECT_GT(examples, 30);
 }
 
 }  // namespace
