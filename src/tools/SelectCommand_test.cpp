@@ -33,6 +33,8 @@ TEST(SelectCommand, JsonLineForEachSelector) {
     } kRows[] = {
         {"a,b\nc", "Line(1)", R"({"status":0,"type":"WSTRING","value":"WSTRING#\"a,b\""})"},
         {"a,b\nc", "CSV(B1)", R"({"status":0,"type":"WSTRING","value":"WSTRING#\"b\""})"},
+        {R"({"a":[1,2]})", "JSONata($sum(a))", R"({"status":0,"type":"LREAL","value":"LREAL#3.0"})"},
+        {R"({"a":[1,2]})", "JSONata(a[0] = 1)", R"({"status":0,"type":"BOOL","value":"BOOL#TRUE"})"},
         {"a\tb", "Line(1)", R"({"status":0,"type":"WSTRING","value":"WSTRING#\"a$Tb\""})"},
     };
     for (const auto& row : kRows) {
@@ -52,6 +54,8 @@ TEST(SelectCommand, JsonErrorsHaveStatusIdAndPlace) {
         {"a", "Line(2)",
          R"json({"status":2,"errors":[{"id":253,"location":"","text":"Line number '2', out of text document range."}]})json"},
         {"a", "CSV(A2)", R"json({"status":2,"errors":[{"id":0,"location":"","text":"Nothing is selected."}]})json"},
+        {"{", "JSONata(a)",
+         R"json({"status":1,"errors":[{"id":0,"location":"JSON, line 1, column 2","text":"Missing a name for object member."}]})json"},
         {"a", "FOO(1)",
          R"json({"status":2,"errors":[{"id":230,"location":"Selector(1,1)","text":"Selector 'FOO', invalid."}]})json"},
         {"a", "Line(1",
