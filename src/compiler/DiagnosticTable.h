@@ -158,6 +158,7 @@ enum class DiagnosticCode : std::uint16_t {
 
     // --- limits and code generation ---
     TooManySlots = 701,
+    ImageTooLarge = 702,
 
     // --- projects and files ---
     ProjectTooLarge = 801,
@@ -324,6 +325,7 @@ inline constexpr auto kDiagnosticTable = std::to_array<DiagnosticRow>({
 
     // --- limits and code generation ---
     {DiagnosticCode::TooManySlots, Severity::Error, "'{0}' needs more than {1} stack slots"},
+    {DiagnosticCode::ImageTooLarge, Severity::Error, "code or global data are larger than {0} bytes"},
 
     // --- projects and files ---
     {DiagnosticCode::ProjectTooLarge, Severity::Error, "the sources are larger than {0} bytes"},

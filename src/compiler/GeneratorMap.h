@@ -1,0 +1,25 @@
+#pragma once
+
+#include <cstdint>
+#include <span>
+
+#include "assembler/SymbolMap.h"
+#include "compiler/CodeBuffer.h"
+#include "compiler/Model.h"
+
+namespace tn61131::st {
+
+/// A routine at its place in the code.
+struct PlacedRoutine {
+    const Pou* pou = nullptr;
+    const Standalone* standalone = nullptr;  ///< null for POUs
+    std::uint32_t instanceDelta = 0;
+    std::uint32_t codeOffset = 0;
+};
+
+/// Names of a project's image: variables, routines, retained ranges, tasks, and the source position of every
+/// instruction. `routines` and `positions` are in the order of the code.
+void FillSymbolMap(const Project& project, std::span<const PlacedRoutine> routines,
+                   std::span<const CodeBuffer::Position> positions, CSymbolMap& map);
+
+}  // namespace tn61131::st
