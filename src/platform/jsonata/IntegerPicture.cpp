@@ -236,14 +236,17 @@ std::optional<double> IntegerFormat::ReadDecimal(std::string_view text) const {
         if (characters[at] == U'-') digits = "-";
         ++at;
     }
+    std::u32string skipped;
+    for (const Separator& separator : separators_)
+        skipped += separator.character;
+    std::sort(skipped.begin(), skipped.end());
     bool isAny = false;
     for (; at < characters.size(); ++at) {
         const char32_t character = characters[at];
         if (character >= zeroDigit_ && character - zeroDigit_ <= 9) {
             digits += static_cast<char>('0' + (character - zeroDigit_));
             isAny = true;
-        } else if (std::none_of(separators_.begin(), separators_.end(),
-                                [character](const Separator& each) { return each.character == character; })) {
+        } else if (!std::binary_search(skipped.begin(), skipped.end(), character)) {
             break;
         }
     }

@@ -290,15 +290,16 @@ class NumberWriter {
  private:
     void WriteDigit(char digit) { AppendCodePoint(text_, ZeroOf(format_) + static_cast<char32_t>(digit - '0')); }
 
-    [[nodiscard]] bool IsWholeGroup(std::size_t right) const {
-        if (layout_.regularGroup != 0) return right > 0 && right % layout_.regularGroup == 0;
-        return std::find(layout_.wholeGroups.begin(), layout_.wholeGroups.end(), right) != layout_.wholeGroups.end();
-    }
-
     void WriteWhole(std::string digits) {
         if (digits.size() < layout_.minimumWhole) digits.insert(0, layout_.minimumWhole - digits.size(), '0');
+        auto group = layout_.wholeGroups.begin();  // the leftmost first
         for (std::size_t at = 0; at < digits.size(); ++at) {
-            if (at > 0 && IsWholeGroup(digits.size() - at)) text_ += format_.groupingSeparator;
+            const std::size_t right = digits.size() - at;
+            while (group != layout_.wholeGroups.end() && *group > right)
+                ++group;
+            const bool isGroup = layout_.regularGroup != 0 ? right % layout_.regularGroup == 0
+                                                           : group != layout_.wholeGroups.end() && *group == right;
+            if (at > 0 && isGroup) text_ += format_.groupingSeparator;
             WriteDigit(digits[at]);
         }
     }
