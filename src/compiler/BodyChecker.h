@@ -243,7 +243,7 @@ class BodyChecker {
     void BindInOut(Variable* parameter, const ast::Argument& argument, Place*& place);
     void BindOutput(Variable* parameter, const ast::Argument& argument, OutputBinding& output);
     [[nodiscard]] bool InOutAccepts(const Type* parameter, const Type* argument) const;
-    Expr* DefaultOf(const Variable& input, SourceRange range);
+    Expr* DefaultOf(Variable& input, SourceRange range);
     void NoteCall(Pou* callee);
     /// Fills in the instance of the caller where none is stated; false after a message.
     bool CheckMethodInstance(const Pou& callee, Place*& instance, SourceRange range);

@@ -117,10 +117,10 @@ bool BodyChecker::TakeEnable(const ast::Argument& argument, Expr*& enable, Place
     return true;
 }
 
-Expr* BodyChecker::DefaultOf(const Variable& input, SourceRange range) {
+Expr* BodyChecker::DefaultOf(Variable& input, SourceRange range) {
     const Type* type = input.type;
     const std::span<unsigned char> bytes = project_.arena.NewArray<unsigned char>(type->size);
-    declarations_->WriteInitial(type, input.initial, bytes);
+    declarations_->WriteInitial(type, declarations_->GetInitial(input), bytes);
     if (IsAggregate(type)) return New(AggregateConstantExpr{{ExprKind::AggregateConstant, type, range}, bytes});
     CValue value;
     if (type->storage == ElementaryType::Pointer || !value.SetFromDataBytes(type->storage, bytes.data(), type->size))

@@ -140,7 +140,15 @@ Entity BodyChecker::FromSymbol(const Symbol& symbol, NameId name, SourceRange ra
     entity.name = name;
     switch (symbol.kind) {
         case Symbol::Kind::Variable: return FromVariable(symbol.variable, range);
-        case Symbol::Kind::EnumMember: return FromEnumMember(symbol.type, *symbol.member, range);
+        case Symbol::Kind::EnumMember:
+            if (symbol.alternatives != nullptr) {
+                Diagnostic& diagnostic =
+                    project_.diagnostics.Report(DiagnosticCode::AmbiguousName, range, {SourceText(range)});
+                for (const Symbol& each : *symbol.alternatives)
+                    diagnostic.notes.push_back({each.declared, "a value of " + Text(each.type)});
+                return {};
+            }
+            return FromEnumMember(symbol.type, *symbol.member, range);
         case Symbol::Kind::Type:
             entity.kind = Entity::Kind::Type;
             entity.type = symbol.type;

@@ -142,7 +142,9 @@ Stmt* BodyChecker::CheckReferenceAssign(const ast::AssignStmt& assign) {
     Expr* value = Check(*assign.value, nullptr);
     if (IsError(value)) return nullptr;
     if (FamilyOf(value->type) == Family::Null || (value->kind == ExprKind::Constant && GetInteger(value) == 0)) {
-        value = DefaultOf(Variable{.type = place->type}, assign.value->range);
+        CValue null;
+        null.SetAddress(0, 0, 0);
+        value = NewConstant(place->type, std::move(null), assign.value->range);
     } else {
         value = CoerceReference(value, place->type);
     }
