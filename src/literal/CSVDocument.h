@@ -1,6 +1,5 @@
 #pragma once
 
-#include <compare>
 #include <map>
 #include <memory_resource>
 #include <string>
@@ -19,11 +18,12 @@ class TN61131_API CSVDocument {
     struct CSVFileKey {
         unsigned int row;
         unsigned int column;
-        friend auto operator<=>(const CSVFileKey&, const CSVFileKey&) = default;
     };
     /// By row, then by column.
     struct CompareCSVFileKey {
-        bool operator()(const CSVFileKey& left, const CSVFileKey& right) const noexcept { return left < right; }
+        bool operator()(const CSVFileKey& left, const CSVFileKey& right) const noexcept {
+            return left.row != right.row ? left.row < right.row : left.column < right.column;
+        }
     };
 
     /// No cells, all counts 0.
