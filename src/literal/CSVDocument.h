@@ -11,8 +11,8 @@ class CValue;
 
 /// The cells of a comma-separated text, read once and looked up by row and column, which count from 1. The separator
 /// is always the comma and the line end always the line feed; there is no header row and nothing is trimmed. Cells are
-/// text only, each kept in memory. Belongs to its user; look-ups from several threads at a time are safe, reading is
-/// not.
+/// text only; each takes some 80 bytes of memory beside its text. Belongs to its user; look-ups from several threads at
+/// a time are safe, reading is not.
 class TN61131_API CSVDocument {
  public:
     struct CSVFileKey {
