@@ -1,8 +1,6 @@
 #include "compiler/InitialChecker.h"
 
 #include <algorithm>
-#include <array>
-#include <bit>
 #include <string>
 #include <unordered_set>
 #include <utility>
@@ -42,17 +40,6 @@ bool IsNull(const ast::Expr& value) noexcept {
 }
 
 }  // namespace
-
-std::int64_t GetIntegerBits(const CValue& value) noexcept {
-    const auto size = value.GetSize();
-    if (size == 0 || size > sizeof(std::int64_t)) return 0;
-    std::array<unsigned char, 8> bytes{};
-    static_cast<void>(value.GetRawData(bytes.data(), bytes.size()));
-    const bool isSigned = GetTypeInfo(value.GetType()).payload == PayloadKind::Signed;
-    const unsigned char fill = isSigned && (bytes[size - 1] & 0x80U) != 0 ? 0xFF : 0;
-    std::fill(bytes.begin() + size, bytes.end(), fill);
-    return std::bit_cast<std::int64_t>(bytes);
-}
 
 const InitialValue* InitialChecker::NoInitial(SourceRange range, const Type* type) {
     project_.diagnostics.Report(DiagnosticCode::BadInitialValue, range, {TextOf(type)});

@@ -69,7 +69,4 @@ class InitialChecker {
     std::deque<ScalarInitial> scalars_;
 };
 
-/// The bits of an integer, a time or a date; those of a signed type with their sign.
-[[nodiscard]] std::int64_t GetIntegerBits(const CValue& value) noexcept;
-
 }  // namespace tn61131::st

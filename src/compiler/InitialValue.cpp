@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <bit>
 #include <cstring>
 
 #include "compiler/Model.h"
@@ -144,6 +145,17 @@ void WriteInitialBytes(const Type* type, const InitialValue* initial, Bytes byte
     } else {
         WriteValue(type, *initial, bytes);
     }
+}
+
+std::int64_t GetIntegerBits(const CValue& value) noexcept {
+    const auto size = value.GetSize();
+    if (size == 0 || size > sizeof(std::int64_t)) return 0;
+    std::array<unsigned char, 8> bytes{};
+    static_cast<void>(value.GetRawData(bytes.data(), bytes.size()));
+    const bool isSigned = GetTypeInfo(value.GetType()).payload == PayloadKind::Signed;
+    const unsigned char fill = isSigned && (bytes[size - 1] & 0x80U) != 0 ? 0xFF : 0;
+    std::fill(bytes.begin() + size, bytes.end(), fill);
+    return std::bit_cast<std::int64_t>(bytes);
 }
 
 }  // namespace tn61131::st

@@ -60,4 +60,7 @@ void WriteInitialBytes(const Type* type, const InitialValue* initial, std::span<
 /// type's default when that is null. Undefined for aggregates, the null pointer for addresses.
 [[nodiscard]] CValue GetInitialScalar(const Type* type, const InitialValue* initial);
 
+/// The bits of an integer, a time or a date; those of a signed type with their sign.
+[[nodiscard]] std::int64_t GetIntegerBits(const CValue& value) noexcept;
+
 }  // namespace tn61131::st
