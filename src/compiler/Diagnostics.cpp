@@ -13,6 +13,8 @@ constexpr std::size_t kTabWidth = 4;
 // Longer lines are shown from a little before the place meant.
 constexpr std::size_t kMaxShown = 160;
 constexpr std::size_t kShownBefore = 60;
+// Bytes that are looked at on either side of the place: enough for what is shown, however long a line is.
+constexpr std::size_t kMaxLooked = 4096;
 
 constexpr std::string_view SeverityName(Severity severity) noexcept {
     switch (severity) {
@@ -90,9 +92,17 @@ ShownLine Show(std::string_view line, std::size_t rangeBegin, std::size_t rangeE
 }
 
 void AppendExcerpt(const SourceManager& sources, SourceRange range, const SourceLocation& place, std::string& text) {
-    const std::string_view line = sources.GetLine(place.file, place.line);
+    std::string_view line = sources.GetLine(place.file, place.line);
     const char* const meant = sources.GetText(place.file).data() + (range.begin - sources.GetStart(place.file));
-    const std::size_t begin = std::min(line.size(), static_cast<std::size_t>(meant - line.data()));
+    std::size_t begin = std::min(line.size(), static_cast<std::size_t>(meant - line.data()));
+    if (begin > kMaxLooked) {
+        std::size_t dropped = begin - kMaxLooked;
+        while ((static_cast<unsigned char>(line[dropped]) & 0xC0) == 0x80 && dropped < begin)
+            ++dropped;
+        line.remove_prefix(dropped);
+        begin -= dropped;
+    }
+    line = line.substr(0, begin + kMaxLooked);
     const std::size_t length = range.end > range.begin ? range.end - range.begin : 0;
     const ShownLine shown = Show(line, begin, std::min(line.size(), begin + length));
     const std::size_t first =

@@ -148,7 +148,9 @@ void FileParser::SkipExtraSemicolons() {
 
 void FileParser::Skip(Place place) {
     while (!IsBound(At()) && !Is(TokenKind::Semicolon)) {
-        if (At().startsLine && Begins(place, at_)) break;
+        const bool beginsLine = At().startsLine && Begins(place, at_);
+        const bool isStatement = GetKeywordRow(At().keyword).role == KeywordRole::Statement;
+        if (beginsLine || (isStatement && place == Place::Statement)) break;
         Take();
     }
     panic_ = false;

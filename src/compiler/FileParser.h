@@ -166,6 +166,7 @@ class FileParser {
     [[nodiscard]] ast::TypeSpec* ParseArrayType();
     [[nodiscard]] ast::TypeSpec* ParsePointerType();
     [[nodiscard]] ast::TypeSpec* ParseStructType(ast::Identifier base);
+    void SkipStruct();
     [[nodiscard]] ast::TypeSpec* ParseEnumType(ast::TypeSpec* base, SourceOffset begin);
     [[nodiscard]] bool IsEnumList() const noexcept;
     [[nodiscard]] std::span<ast::Identifier> ParsePath();

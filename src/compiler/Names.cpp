@@ -72,7 +72,10 @@ NameId NameTable::Intern(std::string_view spelling) {
     if (spelling.empty()) return NameId::None;
     const std::uint32_t hash = HashOf(spelling);
     std::size_t at = FindSlot(spelling, hash);
-    if (slots_[at].name != NameId::None) return slots_[at].name;
+    if (const NameId known = slots_[at].name; known != NameId::None) {
+        if (KeywordOf(known) != Keyword::None) KeepSpelling(known, spelling);
+        return known;
+    }
     const auto name = static_cast<NameId>(entries_.size());
     entries_.push_back(Entry{FoldName(spelling), std::string(spelling)});
     if (entries_.size() * 2 > slots_.size()) {
@@ -81,6 +84,14 @@ NameId NameTable::Intern(std::string_view spelling) {
     }
     slots_[at] = {hash, name};
     return name;
+}
+
+// Words that are keywords in some places only are spelled as the sources do, once they do.
+void NameTable::KeepSpelling(NameId keyword, std::string_view spelling) {
+    const auto number = static_cast<std::size_t>(keyword);
+    if (isWritten_[number]) return;
+    isWritten_[number] = true;
+    entries_[number].spelling = spelling;
 }
 
 NameId NameTable::Find(std::string_view spelling) const {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <bitset>
 #include <cstdint>
 #include <deque>
 #include <string>
@@ -51,9 +52,11 @@ class NameTable {
     /// The slot that holds the name, or the free one where it belongs.
     [[nodiscard]] std::size_t FindSlot(std::string_view spelling, std::uint32_t hash) const;
     void Grow();
+    void KeepSpelling(NameId keyword, std::string_view spelling);
 
-    std::deque<Entry> entries_;  ///< index = number; addresses are stable
-    std::vector<Slot> slots_;    ///< a power of two of them, open addressing, at most half full
+    std::deque<Entry> entries_;                ///< index = number; addresses are stable
+    std::bitset<kKeywords.size()> isWritten_;  ///< keywords that a source has
+    std::vector<Slot> slots_;                  ///< a power of two of them, open addressing, at most half full
 };
 
 }  // namespace tn61131::st

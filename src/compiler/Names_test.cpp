@@ -23,6 +23,15 @@ TEST(NameTable, KeywordsHaveTheNumbersOfTheirRows) {
     EXPECT_EQ(KeywordOf(names.Intern("xors")), Keyword::None);
 }
 
+TEST(NameTable, KeywordsAreSpelledAsTheSourcesDo) {
+    NameTable names;
+    const NameId step = names.Find("STEP");
+    EXPECT_EQ(names.GetSpelling(step), "STEP");
+    EXPECT_EQ(names.Intern("Step"), step);
+    EXPECT_EQ(names.Intern("step"), step);
+    EXPECT_EQ(names.GetSpelling(step), "Step");
+}
+
 TEST(NameTable, NoTextIsNoName) {
     NameTable names;
     EXPECT_EQ(names.Intern(""), NameId::None);

@@ -12,6 +12,19 @@ constexpr bool IsLiteralKind(TokenKind kind) noexcept {
     return kind >= TokenKind::Invalid && kind <= TokenKind::Located && kind != TokenKind::Identifier;
 }
 
+// Whether an expression may stand left of a further := at all.
+constexpr bool CanBeTarget(const Expr& expression) noexcept {
+    switch (expression.kind) {
+        case ast::ExprKind::Name:
+        case ast::ExprKind::Located:
+        case ast::ExprKind::Member:
+        case ast::ExprKind::Partial:
+        case ast::ExprKind::Index:
+        case ast::ExprKind::Deref: return true;
+        default: return false;
+    }
+}
+
 // The ends that a block of statements waits for.
 constexpr bool IsStatementEnd(Keyword keyword) noexcept {
     switch (keyword) {
@@ -166,7 +179,7 @@ ast::AssignStmt* FileParser::ParseAssignment(Expr* target, ast::AssignStmt::Mode
             last->value = nullptr;
         }
         last = assignment;
-        if (panic_ || !TakeAssignment(mode)) break;
+        if (panic_ || !CanBeTarget(*value) || !TakeAssignment(mode)) break;
         target = value;
         if (count < kMaxNesting) continue;
         diagnostics_.Report(DiagnosticCode::NestingTooDeep, target->range, {std::to_string(kMaxNesting)});

@@ -9,7 +9,10 @@ using ast::TypeSpecKind;
 TypeSpec* FileParser::ParseType(TypePlace place, std::span<ast::Argument>* blockInit) {
     const SourceRange range = At().range;
     const Nest nest(*this);
-    if (!nest.Ok()) return arena_.New<TypeSpec>(TypeSpecKind::Error, range);
+    if (!nest.Ok()) {
+        if (Is(Keyword::Struct) || Is(Keyword::Union)) SkipStruct();
+        return arena_.New<TypeSpec>(TypeSpecKind::Error, range);
+    }
     const bool isPointer = (Is(Keyword::Pointer) || Is(Keyword::Reference)) && Ahead(1).keyword == Keyword::To;
     if (isPointer || Is(Keyword::RefTo)) return ParsePointerType();
     switch (At().keyword) {
@@ -140,6 +143,20 @@ TypeSpec* FileParser::ParseStructType(ast::Identifier base) {
                                            isUnion, overlap);
 }
 
+// A structure nested too deep is skipped to behind its end without recursion.
+void FileParser::SkipStruct() {
+    std::uint32_t depth = 0;
+    do {
+        const bool isEnd = Is(Keyword::EndStruct) || Is(Keyword::EndUnion);
+        if (IsBound(At()) && !isEnd) return;
+        // UNION is a name, too.
+        const bool opensUnion = Is(Keyword::Union) && at_[-1].kind == TokenKind::Colon;
+        if (Is(Keyword::Struct) || opensUnion) ++depth;
+        if (isEnd) --depth;
+        Take();
+    } while (depth != 0);
+}
+
 TypeSpec* FileParser::ParseEnumType(TypeSpec* base, SourceOffset begin) {
     Take();
     ++parentheses_;
@@ -198,7 +215,7 @@ void FileParser::ParseTypeBlock(List<ast::TypeDecl*>& types) {
     }
     --OpenCount(Keyword::EndType);
     ExpectEnd(Keyword::EndType, opener);
-    AcceptBlockSemicolon();
+    if (Accept(TokenKind::Semicolon)) Hint(at_[-1].range, "';' behind END_TYPE");
 }
 
 ast::TypeDecl* FileParser::ParseTypeDecl() {

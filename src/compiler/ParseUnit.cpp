@@ -53,6 +53,7 @@ void FileParser::ParseUnitItems(UnitLists& lists, Keyword end) {
     while (!IsAtEnd() && (end == Keyword::None || !Is(end))) {
         panic_ = false;
         parentheses_ = 0;
+        if (isLost && Accept(TokenKind::Semicolon)) continue;
         if (ParseUnitItem(lists)) {
             isLost = false;
             continue;

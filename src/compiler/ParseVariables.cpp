@@ -73,7 +73,10 @@ std::span<ast::VarDecl*> FileParser::ParseDeclarations(ast::VarSection section, 
     for (;;) {
         while (Accept(TokenKind::Semicolon))
             Hint(at_[-1].range, "superfluous ';'");
-        if (IsBound(At()) || GetKeywordRow(At().keyword).role == KeywordRole::Statement) break;
+        if (IsBound(At())) break;
+        // A statement where a declaration should be: the end of the block is missing.
+        const bool isStatement = GetKeywordRow(At().keyword).role == KeywordRole::Statement;
+        if (isStatement && Ahead(1).kind != TokenKind::Colon && Ahead(1).kind != TokenKind::Comma) break;
         const Token* const first = at_;
         if (hasPaths) {
             ParsePathDeclaration(section, list);

@@ -186,7 +186,7 @@ class TokenReader {
     CLogicToken token_;
     TokenList list_;
     unsigned int lastLine_ = 0;
-    std::size_t strayEnd_ = 0;  ///< behind the last stray character, 0 for none
+    std::size_t strayEnd_ = std::string_view::npos;  ///< behind the last stray character
 };
 
 void TokenReader::ReadToken() {
