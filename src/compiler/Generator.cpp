@@ -98,9 +98,9 @@ class ImageBuilder final : public RoutineNumbering {
     bool Run(CSymbolMap& map) {
         image_ = {};
         for (const ProgramEntry& program : project_.programs)
-            GetRoutine(*program.pou, program.instanceOffset - program.pou->instanceOffset);
+            GetRoutine(GetRoutineOf(program));
         for (const Standalone& standalone : project_.standalones)
-            AddRoutine({standalone.pou, 0, &standalone});
+            routines_.push_back({{standalone.pou, 0, {}, &standalone}});
         // What is called joins the end of the list.
         for (std::size_t i = 0; i < routines_.size(); ++i) {
             if (!GenerateRoutine(i)) return false;
@@ -114,10 +114,10 @@ class ImageBuilder final : public RoutineNumbering {
         return !project_.diagnostics.HasErrors();
     }
 
-    RoutineId GetRoutine(Pou& pou, std::uint32_t instanceDelta) override {
+    RoutineId GetRoutine(Routine routine) override {
         const auto next = static_cast<RoutineId>(routines_.size());
-        const auto [place, isNew] = ids_.try_emplace({&pou, instanceDelta}, next);
-        if (isNew) AddRoutine({&pou, instanceDelta, nullptr});
+        const auto [place, isNew] = ids_.try_emplace(routine, next);
+        if (isNew) routines_.push_back({std::move(routine)});
         return place->second;
     }
 
@@ -125,10 +125,11 @@ class ImageBuilder final : public RoutineNumbering {
     struct Placed {
         Routine routine;
         std::uint32_t codeOffset = 0;
-        bool hasCode = false;
     };
 
-    void AddRoutine(const Routine& routine) { routines_.push_back({routine}); }
+    [[nodiscard]] static Routine GetRoutineOf(const ProgramEntry& program) {
+        return {program.pou, program.instanceOffset - program.pou->instanceOffset, {}, nullptr};
+    }
 
     bool GenerateRoutine(std::size_t index) {
         const Routine routine = routines_[index].routine;
@@ -165,7 +166,7 @@ class ImageBuilder final : public RoutineNumbering {
 
     void FillTables() {
         for (const ProgramEntry& program : project_.programs) {
-            const RoutineId id = GetRoutine(*program.pou, program.instanceOffset - program.pou->instanceOffset);
+            const RoutineId id = GetRoutine(GetRoutineOf(program));
             image_.programs.push_back({std::string(project_.names.GetSpelling(program.name)), OffsetOf(id), 0});
         }
         for (const Placed& placed : routines_) {
@@ -195,7 +196,7 @@ class ImageBuilder final : public RoutineNumbering {
     const RecursionFinder recursion_;
     std::uint32_t globalSize_;
     std::vector<Placed> routines_;
-    std::map<std::pair<const Pou*, std::uint32_t>, RoutineId> ids_;
+    std::map<Routine, RoutineId> ids_;
     std::vector<CodeBuffer::CallSite> callSites_;
     std::vector<CodeBuffer::Position> positions_;
 };

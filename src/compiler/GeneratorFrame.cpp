@@ -20,7 +20,7 @@ class FrameLayout {
           frame_(frame) {}
 
     bool Run() {
-        const bool takesArguments = pou_.kind == PouKind::Function || pou_.kind == PouKind::Method;
+        const bool takesArguments = TakesArguments(pou_);
         if (takesArguments && !LayOutParameters()) return false;
         // The pointer of a block or an action stands where the result would.
         if (HasInstancePointer(pou_)) frame_.instanceSlot = static_cast<std::int32_t>(frame_.argumentCount++);
@@ -121,6 +121,10 @@ class FrameLayout {
 };
 
 }  // namespace
+
+bool TakesArguments(const Pou& pou) noexcept {
+    return (pou.kind == PouKind::Function || pou.kind == PouKind::Method) && pou.declaration != nullptr;
+}
 
 bool HasInstancePointer(const Pou& pou) noexcept {
     if (pou.kind == PouKind::FunctionBlock) return true;

@@ -60,6 +60,9 @@ inline constexpr std::uint32_t kMaxTempVariable = 1024;
 [[nodiscard]] bool LayOutFrame(Project& project, const Declarations& declarations, Pou& pou, bool mayRecur,
                                std::uint32_t& globalSize, Frame& frame);
 
+/// Whether a POU is called with arguments on the stack: functions and methods, but not standalone texts.
+[[nodiscard]] bool TakesArguments(const Pou& pou) noexcept;
+
 /// Whether the routine of a POU works on an instance of a function block, whose pointer it takes as its last argument.
 [[nodiscard]] bool HasInstancePointer(const Pou& pou) noexcept;
 

@@ -36,7 +36,6 @@ void RoutineGenerator::CallFunction(const CallFunctionExpr& call, bool isValueWa
     const Label end = code_.NewLabel();
     if (call.enable != nullptr) JumpIf(*call.enable, false, skipped);
     const std::size_t firstOutput = outputCopies_.size();
-    const std::size_t firstText = textCopies_.size();
     // The entry of the result takes the place for one that is no value.
     if (IsAggregate(call.callee->resultType))
         code_.LoadAddr(LocationKind::Temp, NewTemp(call.callee->resultType->size));
@@ -54,8 +53,10 @@ void RoutineGenerator::CallFunction(const CallFunctionExpr& call, bool isValueWa
             EmitOwnInstance();
         }
     }
-    EmitCall(*call.callee, count, call.range);
-    FinishCall(call, firstOutput, firstText, isValueWanted);
+    Routine callee = GetCallee(*call.callee);
+    callee.textTypes = GetTextTypes(call);
+    EmitCall(std::move(callee), count, call.range);
+    FinishCall(call, firstOutput, isValueWanted);
     if (call.enable == nullptr) return;
     code_.Jump(end);
     code_.Bind(skipped);
@@ -64,27 +65,36 @@ void RoutineGenerator::CallFunction(const CallFunctionExpr& call, bool isValueWa
     code_.Bind(end);
 }
 
-void RoutineGenerator::EmitCall(Pou& callee, std::uint32_t count, SourceRange range) {
+/// The callee stores as much in an in-out text as the argument holds, so each capacity has a routine of its own.
+std::vector<const Type*> RoutineGenerator::GetTextTypes(const CallFunctionExpr& call) const {
+    std::vector<const Type*> types;
+    for (std::size_t i = 0; i < call.arguments.size(); ++i) {
+        const FunctionArgument& argument = call.arguments[i];
+        if (argument.place == nullptr || !IsString(argument.parameter->type)) continue;
+        const Type* stored = Strip(GetStoredType(*argument.place));
+        if (stored == Strip(argument.parameter->type)) continue;
+        types.resize(call.arguments.size());
+        types[i] = stored;
+    }
+    return types;
+}
+
+void RoutineGenerator::EmitCall(Routine callee, std::uint32_t count, SourceRange range) {
     const SourceOffset before = code_.GetPosition();
     code_.SetPosition(range.begin);
-    code_.Call(count, GetCallee(callee));
+    code_.Call(count, numbering_.GetRoutine(std::move(callee)));
     code_.SetPosition(before);
 }
 
 /// Copies what the callee left in temporary data to where it is wanted.
-void RoutineGenerator::FinishCall(const CallFunctionExpr& call, std::size_t firstOutput, std::size_t firstText,
-                                  bool isValueWanted) {
-    const bool hasCopies = outputCopies_.size() > firstOutput || textCopies_.size() > firstText;
-    if (!hasCopies && call.enableOutput == nullptr) return;
+void RoutineGenerator::FinishCall(const CallFunctionExpr& call, std::size_t firstOutput, bool isValueWanted) {
+    if (outputCopies_.size() == firstOutput && call.enableOutput == nullptr) return;
     if (isValueWanted) code_.Push();
-    for (std::size_t i = firstText; i < textCopies_.size(); ++i)
-        CopyTextBack(i);
     for (std::size_t i = firstOutput; i < outputCopies_.size(); ++i) {
         const OutputCopy copy = outputCopies_[i];
         FinishOutput(*copy.binding, MakeStatic(LocationKind::Temp, copy.temp));
     }
     outputCopies_.resize(firstOutput);
-    textCopies_.resize(firstText);
     if (call.enableOutput != nullptr) StoreBool(*call.enableOutput, true);
     if (isValueWanted) code_.Pop();
 }
@@ -93,7 +103,7 @@ void RoutineGenerator::Argument(const FunctionArgument& argument) {
     if (argument.value != nullptr) {
         InputArgument(*argument.parameter, *argument.value);
     } else if (argument.place != nullptr) {
-        InOutArgument(*argument.parameter, *argument.place);
+        EmitPlaceAddress(*argument.place);
     } else {
         OutputArgument(*argument.parameter, argument.output);
     }
@@ -109,17 +119,6 @@ void RoutineGenerator::InputArgument(const Variable& parameter, const Expr& valu
     code_.Push();
     code_.LoadInteger(ElementaryType::DInt, GetCapacity(parameter.type));
     code_.CallBuiltIn(false, builtIns_.left.group, builtIns_.left.id, 3);
-}
-
-/// A text that is shorter than the parameter's type takes part as a copy, which the callee cannot overrun.
-void RoutineGenerator::InOutArgument(const Variable& parameter, const Place& place) {
-    const bool isShorter = IsString(parameter.type) && GetCapacity(place.type) < GetCapacity(parameter.type);
-    if (!isShorter) return EmitPlaceAddress(place);
-    const std::uint32_t temp = NewTemp(parameter.type->size);
-    textCopies_.push_back({&place, parameter.type, temp});
-    LoadPlace(place);
-    StoreTo(MakeStatic(LocationKind::Temp, temp), parameter.type);
-    code_.LoadAddr(LocationKind::Temp, temp);
 }
 
 void RoutineGenerator::CopyTextBack(std::size_t index) {
@@ -223,7 +222,7 @@ void RoutineGenerator::CallProgram(const CallBlockStmt& call) {
             StoreTo(target, input.input->type);
         }
     }
-    EmitCall(*call.action, 1, call.range);
+    EmitCall(GetCallee(*call.action), 1, call.range);
     for (const OutputBinding& output : call.outputs) {
         if (output.target != nullptr) FinishOutput(output, ResolveVariable(*output.output));
     }
@@ -249,7 +248,7 @@ void RoutineGenerator::CallUserBlock(const CallBlockStmt& call, const Address& i
     for (const BlockInOut& inOut : call.inOuts)
         StoreBlockInOut(inOut, instance);
     EmitAddress(instance, Rooted::Yes);
-    EmitCall(callee, 1, call.range);
+    EmitCall(GetCallee(callee), 1, call.range);
     for (std::size_t i = firstText; i < textCopies_.size(); ++i)
         CopyTextBack(i);
     textCopies_.resize(firstText);
@@ -312,7 +311,17 @@ void RoutineGenerator::RunOmittedEdges(const CallBlockStmt& call, const Address&
 }
 
 void RoutineGenerator::StoreBlockInOut(const BlockInOut& inOut, const Address& instance) {
-    InOutArgument(*inOut.inOut, *inOut.place);
+    const Type* type = inOut.inOut->type;
+    if (IsString(type) && GetCapacity(GetStoredType(*inOut.place)) < GetCapacity(type)) {
+        // The block's code is the same for all, so a shorter text takes part as a copy.
+        const std::uint32_t temp = NewTemp(type->size);
+        textCopies_.push_back({inOut.place, type, temp});
+        LoadPlace(*inOut.place);
+        StoreTo(MakeStatic(LocationKind::Temp, temp), type);
+        code_.LoadAddr(LocationKind::Temp, temp);
+    } else {
+        EmitPlaceAddress(*inOut.place);
+    }
     code_.Push();
     EmitAddress(AtOffset(instance, inOut.inOut->storage.offset), Rooted::No);
     code_.PointerStore(ElementaryType::Pointer, kPointerSize);

@@ -85,8 +85,7 @@ void RoutineGenerator::InitialiseMemory() {
     }
     for (const Frame::CopiedInput& input : frame_->copiedInputs)
         CopyInput(input);
-    const bool takesArguments = pou_->kind == ast::PouKind::Function || pou_->kind == ast::PouKind::Method;
-    if (!takesArguments) return;
+    if (!TakesArguments(*pou_)) return;
     for (const Variable* output : pou_->outputs)
         ResetThroughPointer(*output);
     if (pou_->result == nullptr) return;
@@ -154,10 +153,10 @@ std::uint32_t RoutineGenerator::NewTemp(std::uint32_t size) {
     return offset;
 }
 
-RoutineId RoutineGenerator::GetCallee(Pou& callee) {
+Routine RoutineGenerator::GetCallee(Pou& callee) const {
     const auto programOf = [](const Pou& pou) { return pou.container != nullptr ? pou.container : &pou; };
     const bool isOwn = programOf(callee) == programOf(*pou_);
-    return numbering_.GetRoutine(callee, isOwn ? routine_.instanceDelta : 0);
+    return {.pou = &callee, .instanceDelta = isOwn ? routine_.instanceDelta : 0, .textTypes = {}};
 }
 
 }  // namespace tn61131::st

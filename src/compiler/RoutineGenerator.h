@@ -15,18 +15,23 @@
 
 namespace tn61131::st {
 
-/// One routine of the image. The same program may run on several instances, and is then several routines.
+/// One routine of the image. The same POU may be several: a program that runs on several instances, and a function
+/// whose in-out texts have another capacity than declared.
 struct Routine {
     Pou* pou = nullptr;
     std::uint32_t instanceDelta = 0;  ///< bytes from the program's own place in GlobalData to the instance (wraps)
+    /// Of each parameter the argument's type where that is another text type; empty where none is.
+    std::vector<const Type*> textTypes;
     const Standalone* standalone = nullptr;
+
+    friend auto operator<=>(const Routine&, const Routine&) = default;
 };
 
 /// Gives numbers to routines that code calls.
 class RoutineNumbering {
  public:
     virtual ~RoutineNumbering() = default;
-    [[nodiscard]] virtual RoutineId GetRoutine(Pou& pou, std::uint32_t instanceDelta) = 0;
+    [[nodiscard]] virtual RoutineId GetRoutine(Routine routine) = 0;
 };
 
 /// The library's functions that generated code calls of its own accord.
@@ -140,6 +145,8 @@ class RoutineGenerator {
     void LoadFrom(const Address& address, const Type* type);
     /// The value stays on the top.
     void StoreTo(const Address& address, const Type* type);
+    /// The type of what lies at a place: of an in-out text that of the argument.
+    [[nodiscard]] const Type* GetStoredType(const Place& place) const;
     void LoadPlace(const Place& place);
     void StorePlace(const Place& place);
     void EmitPlaceAddress(const Place& place) { EmitAddress(Resolve(place), Rooted::Yes); }
@@ -187,19 +194,19 @@ class RoutineGenerator {
         const OutputBinding* binding;
         std::uint32_t temp;
     };
-    /// A copy of a text argument whose own capacity is smaller than the parameter's.
+    /// A copy of a text that a function block takes as in-out of a larger capacity.
     struct TextCopy {
         const Place* place;
         const Type* type;
         std::uint32_t temp;
     };
     void CallFunction(const CallFunctionExpr& call, bool isValueWanted);
-    void FinishCall(const CallFunctionExpr& call, std::size_t firstOutput, std::size_t firstText, bool isValueWanted);
+    void FinishCall(const CallFunctionExpr& call, std::size_t firstOutput, bool isValueWanted);
     void CallBuiltIn(const CallBuiltInExpr& call);
-    void EmitCall(Pou& callee, std::uint32_t count, SourceRange range);
+    void EmitCall(Routine callee, std::uint32_t count, SourceRange range);
+    [[nodiscard]] std::vector<const Type*> GetTextTypes(const CallFunctionExpr& call) const;
     void Argument(const FunctionArgument& argument);
     void InputArgument(const Variable& parameter, const Expr& value);
-    void InOutArgument(const Variable& parameter, const Place& place);
     void OutputArgument(const Variable& parameter, const OutputBinding& output);
     void CopyTextBack(std::size_t index);
     void FinishOutput(const OutputBinding& binding, const Address& source);
@@ -214,7 +221,7 @@ class RoutineGenerator {
     void BindBlockOutputs(const CallBlockStmt& call, const Address& instance);
     void StoreControl(const Address& instance, std::uint32_t offset, bool value);
     [[nodiscard]] static const Variable* FindControl(const FunctionBlockType& block, std::uint32_t offset) noexcept;
-    [[nodiscard]] RoutineId GetCallee(Pou& callee);
+    [[nodiscard]] Routine GetCallee(Pou& callee) const;
     /// Bytes of temporary data that the current statement may use.
     [[nodiscard]] std::uint32_t NewTemp(std::uint32_t size);
 

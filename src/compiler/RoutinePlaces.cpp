@@ -89,7 +89,7 @@ RoutineGenerator::Address RoutineGenerator::Resolve(const Place& place) {
             address.offset += kTextHeader - size;
             AddIndex(address, {.index = unit.index,
                                .scale = size,
-                               .bounds = {1, GetCapacity(unit.base->type)},
+                               .bounds = {1, GetCapacity(GetStoredType(*unit.base))},
                                .isChecked = true,
                                .isBounded = false});
             address.range = place.range;
@@ -279,6 +279,14 @@ void RoutineGenerator::StoreTo(const Address& address, const Type* type) {
     code_.PointerStore(type->storage, type->size);
 }
 
+const Type* RoutineGenerator::GetStoredType(const Place& place) const {
+    if (place.kind != PlaceKind::Variable || routine_.textTypes.empty()) return place.type;
+    const Storage& storage = static_cast<const VariablePlace&>(place).variable->storage;
+    if (storage.kind != StorageKind::SlotPointer || storage.offset == 0) return place.type;
+    const Type* type = routine_.textTypes[storage.offset - 1];
+    return type != nullptr ? type : place.type;
+}
+
 void RoutineGenerator::LoadPlace(const Place& place) {
     if (const auto slot = FindSlot(place)) {
         code_.LoadStack(*slot);
@@ -291,7 +299,7 @@ void RoutineGenerator::LoadPlace(const Place& place) {
             return;
         }
     }
-    LoadFrom(Resolve(place), place.type);
+    LoadFrom(Resolve(place), GetStoredType(place));
 }
 
 void RoutineGenerator::StorePlace(const Place& place) {
@@ -299,7 +307,7 @@ void RoutineGenerator::StorePlace(const Place& place) {
         code_.StoreStack(*slot);
         return;
     }
-    StoreTo(Resolve(place), place.type);
+    StoreTo(Resolve(place), GetStoredType(place));
 }
 
 /// A text in a slot has no address: its unit is what a text of one unit starts with.
