@@ -101,6 +101,9 @@ void BodyChecker::Hint(DiagnosticCode code, SourceRange range, std::initializer_
 void BodyChecker::ReportUnknownName(NameId name, SourceRange range) {
     const std::string spelling = SourceText(range);
     Diagnostic& diagnostic = project_.diagnostics.Report(DiagnosticCode::UnknownName, range, {spelling});
+    // Looking through all names takes its time; nobody reads hundreds of guesses.
+    constexpr std::uint32_t kMostGuesses = 50;
+    if (++unknownNames_ > kMostGuesses) return;
     std::vector<std::string_view> candidates = declarations_->CollectNames(context_.scope);
     const std::vector<std::string_view> builtIns = builtIns_.CollectNames();
     candidates.insert(candidates.end(), builtIns.begin(), builtIns.end());
@@ -123,6 +126,12 @@ std::string BodyChecker::ValueText(const ConstantExpr& constant) const {
     CTextOutputString output;
     constant.value->GetAsLiteral(output);
     return output.GetText();
+}
+
+std::string BodyChecker::NumberText(const ConstantExpr& constant) const {
+    std::string text = SourceText(constant.range);
+    const bool isLiteral = text.find_first_not_of("0123456789ABCDEFabcdef_#.+-") == std::string::npos;
+    return isLiteral ? text : ValueText(constant);
 }
 
 // --- nodes ---
@@ -223,8 +232,14 @@ void BodyChecker::CheckPou(Pou& pou) {
         if (pou.declaration->sfc == nullptr) {
             Block* body = CheckBlock(pou.declaration->body, pou.declaration->range);
             if (project_.diagnostics.GetErrorCount() == errorsBefore) pou.body = body;
+        } else {
+            Fail(DiagnosticCode::AttemptUnsupported, pou.declaration->name.range,
+                 {"a sequential function chart", Text(pou.name)});
         }
         pou.hasSideEffects = context_.writesOutside;
+    }
+    for (Pou* accessor : {pou.getter, pou.setter}) {
+        if (accessor != nullptr) CheckPou(*accessor);
     }
     for (const auto& [name, member] : pou.members) {
         if (member->container == &pou) CheckPou(*member);

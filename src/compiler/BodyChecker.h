@@ -109,6 +109,8 @@ class BodyChecker {
     [[nodiscard]] std::string Text(NameId name) const { return std::string(project_.names.GetSpelling(name)); }
     /// What the program wrote, for messages; long texts are cut.
     [[nodiscard]] std::string SourceText(SourceRange range) const;
+    /// As written where that is a literal, else the value.
+    [[nodiscard]] std::string NumberText(const ConstantExpr& constant) const;
     [[nodiscard]] std::string ValueText(const ConstantExpr& constant) const;
     [[nodiscard]] bool IsCodesys() const noexcept { return project_.options.profile == Profile::Codesys; }
     [[nodiscard]] const Switches& GetSwitches() const noexcept { return project_.options.switches; }
@@ -237,6 +239,8 @@ class BodyChecker {
     Stmt* CheckProgramCall(const ast::CallExpr& call, Pou& program);
     Stmt* BuildBlockCall(const ast::CallExpr& call, Place* instance, const FunctionBlockType* block, Pou* action,
                          std::span<Variable* const> variables, const std::string& name);
+    /// Reads a property, or writes `value` to it.
+    Expr* CallAccessor(const Entity& property, Pou& accessor, Expr* value, SourceRange range);
     /// EN and ENO, taken out of the arguments; false when the argument is another one.
     bool TakeEnable(const ast::Argument& argument, Expr*& enable, Place*& enableOutput);
     void BindInput(Variable* parameter, const ast::Argument& argument, Expr*& value);
@@ -311,6 +315,7 @@ class BodyChecker {
     std::deque<CValue> constants_;
     BuiltInTable builtIns_;
     std::vector<ShortCircuit> shortCircuits_;
+    std::uint32_t unknownNames_ = 0;
     std::uint32_t depth_ = 0;  ///< of expressions being checked
 };
 

@@ -97,6 +97,27 @@ bool BodyChecker::CheckMethodInstance(const Pou& callee, Place*& instance, Sourc
     return true;
 }
 
+Expr* BodyChecker::CallAccessor(const Entity& property, Pou& accessor, Expr* value, SourceRange range) {
+    Place* instance = property.place;
+    if (!CheckMethodInstance(*property.pou, instance, range)) return Error(range);
+    const std::span<FunctionArgument> arguments = project_.arena.NewArray<FunctionArgument>(accessor.parameters.size());
+    if (value != nullptr && !arguments.empty()) {
+        value = Coerce(value, accessor.parameters[0]->type);
+        if (IsError(value)) return value;
+        arguments[0].parameter = accessor.parameters[0];
+        arguments[0].value = value;
+    }
+    if (instance != nullptr) {
+        MarkRead(instance);
+        MarkWritten(instance, range);
+        MarkAddressTaken(instance);
+    }
+    NoteCall(&accessor);
+    const Type* type = value == nullptr ? accessor.resultType : project_.types.Void();
+    return New(
+        CallFunctionExpr{{ExprKind::CallFunction, type, range}, &accessor, instance, arguments, nullptr, nullptr});
+}
+
 bool BodyChecker::TakeEnable(const ast::Argument& argument, Expr*& enable, Place*& enableOutput) {
     if (argument.name.name == NameId::None) return false;
     const std::string_view name = project_.names.GetFolded(argument.name.name);
@@ -217,8 +238,9 @@ void BodyChecker::BindOutput(Variable* parameter, const ast::Argument& argument,
     }
     const Entity target = CheckTarget(*argument.value);
     if (target.kind == Entity::Kind::Error) return;
-    if (target.kind == Entity::Kind::Bits) {
-        Fail(DiagnosticCode::NoAddress, argument.value->range, {"a bit"});
+    if (target.kind != Entity::Kind::Place) {
+        const bool isBit = target.kind == Entity::Kind::Bits;
+        Fail(DiagnosticCode::NoAddress, argument.value->range, {isBit ? "a bit" : "a property"});
         return;
     }
     const SourceRange range = argument.value->range;

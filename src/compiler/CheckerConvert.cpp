@@ -153,7 +153,7 @@ Expr* BodyChecker::CoerceUntypedInteger(ConstantExpr* constant, const Type* targ
     const Type* to = BaseOf(target);
     const std::int64_t value = *GetInteger(constant);
     const bool isUnsigned64 = IsUnsigned64(*constant->value);
-    const std::string text = SourceText(constant->range);
+    const std::string text = NumberText(*constant);
     switch (FamilyOf(to)) {
         case Family::Bool:
             if (value != 0 && value != 1) break;
@@ -202,7 +202,7 @@ Expr* BodyChecker::CoerceUntyped(ConstantExpr* constant, const Type* target) {
                                    std::isinf(folded->value->GetPayload<float>()) &&
                                    !std::isinf(constant->value->GetPayload<double>());
             if (!overflows) return folded;
-            return Fail(DiagnosticCode::ValueOutOfRange, constant->range, {SourceText(constant->range), Text(to)});
+            return Fail(DiagnosticCode::ValueOutOfRange, constant->range, {NumberText(*constant), Text(to)});
         }
         if (IsNumberFamily(FamilyOf(to))) {
             constant->untyped = false;
@@ -210,7 +210,10 @@ Expr* BodyChecker::CoerceUntyped(ConstantExpr* constant, const Type* target) {
         }
         return RefuseConversion(constant, target);
     }
-    return CoerceText(constant, target);
+    const Family wanted = FamilyOf(to);
+    const bool isText =
+        wanted == Family::String || wanted == Family::WString || wanted == Family::Char || wanted == Family::WChar;
+    return isText ? CoerceText(constant, target) : RefuseConversion(constant, target);
 }
 
 Expr* BodyChecker::CheckSubrange(Expr* expr, const Type* target) {

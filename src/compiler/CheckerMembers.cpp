@@ -257,8 +257,17 @@ Entity BodyChecker::ResolveIndex(const ast::IndexExpr& index) {
         indices.insert(indices.end(), (*link)->indices.begin(), (*link)->indices.end());
     Entity entity = Resolve(*root, nullptr);
     std::size_t used = 0;
-    while (used < indices.size() && entity.kind != Entity::Kind::Error)
+    while (used < indices.size() && entity.kind != Entity::Kind::Error) {
+        if (used > 0 && entity.kind == Entity::Kind::Place) {
+            const TypeKind kind = Strip(entity.place->type)->kind;
+            if (kind != TypeKind::Array && kind != TypeKind::String && kind != TypeKind::Pointer) {
+                Fail(DiagnosticCode::WrongIndexCount, index.range,
+                     {std::to_string(used), std::to_string(indices.size())});
+                return {};
+            }
+        }
         entity = IndexOnce(entity, indices, used, index.range);
+    }
     return entity;
 }
 

@@ -247,6 +247,10 @@ Expr* BodyChecker::ToValue(const Entity& entity, SourceRange range) {
         case Entity::Kind::Value: return entity.value;
         case Entity::Kind::Place: MarkRead(entity.place); return NewLoad(entity.place, range);
         case Entity::Kind::Bits: return ReadBits(entity, range);
+        case Entity::Kind::Pou:
+            if (entity.pou->kind == ast::PouKind::Property && entity.pou->getter != nullptr)
+                return CallAccessor(entity, *entity.pou->getter, nullptr, range);
+            [[fallthrough]];
         default: return Fail(DiagnosticCode::NotAValue, range, {SourceText(range), DescribeSymbol(entity)});
     }
 }
@@ -268,6 +272,8 @@ Entity BodyChecker::CheckTarget(const ast::Expr& expression) {
     const char* reason = entity.readOnly;
     if (entity.kind == Entity::Kind::Value) {
         reason = entity.value->kind == ExprKind::Constant ? "a constant" : "no variable";
+    } else if (entity.kind == Entity::Kind::Pou && entity.pou->kind == ast::PouKind::Property) {
+        reason = entity.pou->setter == nullptr ? "a property without SET" : nullptr;
     } else if (entity.kind != Entity::Kind::Place && entity.kind != Entity::Kind::Bits) {
         reason = DescribeSymbol(entity).data();
     } else if (entity.kind == Entity::Kind::Place && entity.place->kind == PlaceKind::This) {

@@ -92,7 +92,11 @@ Expr* BodyChecker::RefuseOperands(std::string_view op, const Expr* left, const E
         if (FamilyOf(operand->type) == Family::Aggregate)
             return Fail(DiagnosticCode::AggregateOperand, operand->range, {Text(operand->type)});
     }
-    return Fail(DiagnosticCode::BinaryOperands, range, {op, Text(left->type), Text(right->type)});
+    Diagnostic& diagnostic =
+        project_.diagnostics.Report(DiagnosticCode::BinaryOperands, range, {op, Text(left->type), Text(right->type)});
+    if (op == "+" && IsTextFamily(FamilyOf(left->type)) && IsTextFamily(FamilyOf(right->type)))
+        diagnostic.notes.push_back({range, "CONCAT joins texts"});
+    return Error(range);
 }
 
 // --- unary ---
@@ -187,22 +191,20 @@ bool BodyChecker::UnifyNumbers(std::string_view op, Expr*& left, Expr*& right, c
                 CValue number;
                 number.SetInteger(value, type->storage);
                 literal = NewConstant(type, std::move(number), literal->range);
-            } else if (isBitPattern && FamilyOf(type) != Family::Bits) {
+            } else if (FamilyOf(type) == Family::Bits && (value >= 0 || isUnsigned64)) {
+                const auto magnitude = static_cast<std::uint64_t>(value);
+                ElementaryType wider = ElementaryType::LWord;
+                if (magnitude <= 0xFFFFFFFF) wider = ElementaryType::DWord;
+                if (magnitude <= 0xFFFF) wider = ElementaryType::Word;
+                literal = NewInteger(Elementary(wider), value, literal->range);
+            } else if (FamilyOf(type) == Family::Bits && !GetSwitches().bitInteger) {
+                Fail(DiagnosticCode::ValueOutOfRange, literal->range, {NumberText(*static_cast<ConstantExpr*>(literal)), Text(type)});
+                return false;
+            } else if (isBitPattern) {
                 // The number itself, not its bits.
-                literal =
-                    NewInteger(Elementary(isUnsigned64 && value < 0 ? ElementaryType::ULInt : ElementaryType::LInt),
-                               value, literal->range);
-            } else if (!isBitPattern && FamilyOf(type) == Family::Bits) {
-                if (value < 0 && !GetSwitches().bitInteger) {
-                    Fail(DiagnosticCode::ValueOutOfRange, literal->range, {SourceText(literal->range), Text(type)});
-                    return false;
-                }
-                if (value >= 0) {
-                    const ElementaryType wider = value <= 0xFFFF       ? ElementaryType::Word
-                                                 : value <= 0xFFFFFFFF ? ElementaryType::DWord
-                                                                       : ElementaryType::LWord;
-                    literal = NewInteger(Elementary(wider), value, literal->range);
-                }
+                ElementaryType number = isUnsigned64 && value < 0 ? ElementaryType::ULInt : ElementaryType::LInt;
+                if (value >= 0 && value <= 0x7FFFFFFF) number = ElementaryType::DInt;
+                literal = NewInteger(Elementary(number), value, literal->range);
             }
             Settle(literal);
         }
@@ -476,6 +478,19 @@ Expr* BodyChecker::ApplyLogical(ast::BinaryOp op, Expr* left, Expr* right, Sourc
     }
     const auto isBits = [](const Expr* expr) { return IsBitString(expr->type) || IsInteger(expr->type); };
     if (mustShortCircuit || !isBits(left) || !isBits(right)) return RefuseOperands(text, left, right, range);
+    if (IsBitString(left->type) != IsBitString(right->type) && !IsUntyped(left) && !IsUntyped(right) &&
+        GetSwitches().bitInteger) {
+        // The bits are meant, not the numbers.
+        ElementaryType bits = ElementaryType::Byte;
+        const std::uint32_t size = std::max(left->type->size, right->type->size);
+        if (size == 2) bits = ElementaryType::Word;
+        if (size == 4) bits = ElementaryType::DWord;
+        if (size == 8) bits = ElementaryType::LWord;
+        for (Expr** side : {&left, &right}) {
+            if ((*side)->type->storage != bits) *side = NewConvert(*side, Elementary(bits), true);
+        }
+        return MakeBinary(code, Elementary(bits), left, right, range);
+    }
     if (!UnifyNumbers(text, left, right, nullptr, range)) return Error(range);
     if (IsUntyped(left) && IsUntyped(right)) {
         if (Expr* folded =

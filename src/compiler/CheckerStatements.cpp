@@ -55,6 +55,10 @@ Stmt* BodyChecker::CheckStatement(const ast::Stmt& statement) {
 
 Stmt* BodyChecker::AssignTo(const Entity& target, Expr* value, SourceRange targetRange, SourceRange range) {
     if (target.kind == Entity::Kind::Error || IsError(value)) return nullptr;
+    if (target.kind == Entity::Kind::Pou) {
+        Expr* call = CallAccessor(target, *target.pou->setter, value, range);
+        return IsError(call) ? nullptr : New(EvaluateStmt{{StmtKind::Evaluate, range}, call});
+    }
     MarkWritten(target.place, targetRange);
     if (target.kind == Entity::Kind::Bits) {
         if (Variable* variable = target.place->kind == PlaceKind::Variable
@@ -100,6 +104,7 @@ Stmt* BodyChecker::CheckAssign(const ast::AssignStmt& assign) {
     const Type* wanted = nullptr;
     if (target.kind == Entity::Kind::Place) wanted = target.place->type;
     if (target.kind == Entity::Kind::Bits && target.width == 1) wanted = project_.types.Bool();
+    if (target.kind == Entity::Kind::Pou) wanted = target.pou->resultType;
     Expr* value = Check(*assign.value, wanted);
     return AssignTo(target, value, assign.target->range, assign.range);
 }
