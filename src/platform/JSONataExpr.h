@@ -16,7 +16,7 @@ class CTextOutput;
 /// What one evaluation may cost. A limit reached ends the evaluation with an error.
 struct JSONataLimits {
     /// Nested evaluations; a tail call takes none. Above 10000 counts as 10000. Error U1001.
-    std::uint32_t maxDepth = 1000;
+    std::uint32_t maxDepth = 2000;
     /// Milliseconds of wall clock; 0 for no limit. Error U1001.
     std::uint32_t maxTimeMs = 5000;
     /// Bytes held by intermediate values at one time. Error U1002.

@@ -92,6 +92,13 @@ Value Evaluator::Call(const Value& function, std::vector<Value> arguments, const
         switch (node.kind) {
             case FunctionNode::Kind::Native: {
                 SignatureOf(*node.info).Apply(arguments, *here.context, node.info->name, heap_);
+                const bool callsBack = std::ranges::any_of(arguments, &Value::IsFunction);
+                if (!callsBack && !node.info->readsVariables) {
+                    // The variables of a function that this call ends go first: arrays that no one else refers to can
+                    // then grow in place.
+                    last.frame = Ref<FrameNode>();
+                    here.frame = nullptr;
+                }
                 NativeCall call{*this, arguments, here};
                 return node.info->body(call);
             }

@@ -182,12 +182,15 @@ Value Evaluator::EvaluateWildcard(const Value& input) {
     const ArrayNode* array = input.AsArrayNode();
     if (array != nullptr && array->isInputWrapper) return EvaluateWildcard(array->GetElement(0));
     Ref<ArrayNode> found = MakeSequence();
+    const auto add = [&](const Value& value) {
+        // Arrays are taken apart, but what comes of them stays an array.
+        if (value.IsArray()) found->isSequence = false;
+        AppendFlattened(value, *found, 0);
+    };
     if (input.IsArray()) {
-        for (std::size_t i = 0; i < input.GetSize(); ++i)
-            AppendFlattened(input.GetElement(i), *found, 0);
+        for (std::size_t i = 0; i < input.GetSize(); ++i) add(input.GetElement(i));
     } else if (input.IsObject()) {
-        for (std::size_t i = 0; i < input.GetMemberCount(); ++i)
-            AppendFlattened(input.GetMemberValue(i), *found, 0);
+        for (std::size_t i = 0; i < input.GetMemberCount(); ++i) add(input.GetMemberValue(i));
     }
     return Value(std::move(found));
 }

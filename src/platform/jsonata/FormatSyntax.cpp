@@ -25,6 +25,7 @@ class SyntaxWriter {
  private:
     void WriteBare(const Syntax& syntax) {
         switch (syntax.kind) {
+            case Kind::Missing: break;
             case Kind::Name: WriteName(syntax.text); break;
             case Kind::String: WriteString(syntax.text); break;
             case Kind::Number: text_ += PrintNumber(syntax.number); break;

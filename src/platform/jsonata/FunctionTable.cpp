@@ -28,7 +28,7 @@ constexpr std::array kFunctions{
     FunctionInfo{"join", "<a<s>s?:s>", 2, functions::Join},
     FunctionInfo{"match", "<s-f<s:o>n?:a<o>>", 3, functions::Match},
     FunctionInfo{"replace", "<s-(sf)(sf)n?:s>", 4, functions::Replace},
-    FunctionInfo{"eval", "<sx?:x>", 2, functions::Eval},
+    FunctionInfo{"eval", "<sx?:x>", 2, functions::Eval, true},
     FunctionInfo{"base64encode", "<s-:s>", 1, functions::Base64Encode},
     FunctionInfo{"base64decode", "<s-:s>", 1, functions::Base64Decode},
     FunctionInfo{"encodeUrlComponent", "<s-:s>", 1, functions::EncodeUrlComponent},

@@ -36,6 +36,7 @@ struct FunctionInfo {
     std::string_view signature;
     std::size_t arity;  ///< arguments that a function which calls it back, as $map() does, passes at most
     NativeFunction body;
+    bool readsVariables = false;  ///< by name, those of its caller
 };
 
 /// All functions, in the order of the language's documentation.

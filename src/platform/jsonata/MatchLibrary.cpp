@@ -27,7 +27,7 @@ struct Found {
     std::size_t begin = 0;
     std::size_t end = 0;
     std::string text;
-    std::vector<std::string> groups;
+    std::vector<std::optional<std::string>> groups;
     Value object;  ///< as functions see it; only where asked for
 };
 
@@ -57,7 +57,7 @@ class Matches {
         Found found{
             match->begin, match->end, std::string(text.substr(match->begin, match->end - match->begin)), {}, {}};
         for (const std::optional<std::string_view>& group : match->groups)
-            found.groups.emplace_back(group.value_or(""));
+            found.groups.emplace_back(group);
         return found;
     }
 
@@ -83,7 +83,7 @@ class Matches {
         if (match.IsString()) found.text = match.GetText();
         for (std::size_t i = 0; i < groups.GetSize(); ++i) {
             const Value group = groups.GetElement(i);
-            found.groups.emplace_back(group.IsString() ? group.GetText() : std::string_view());
+            found.groups.push_back(group.IsString() ? std::optional<std::string>(group.GetText()) : std::nullopt);
         }
         found.object = std::move(result);
         return found;
@@ -131,7 +131,7 @@ std::string Expand(std::string_view replacement, const Found& found) {
                 group = longer;
                 ++at;
             }
-            if (group <= count) text += found.groups[group - 1];
+            if (group <= count) text += found.groups[group - 1].value_or("");
         }
     }
     return text;
@@ -243,8 +243,9 @@ Value Match(NativeCall& call) {
         units += CountUTF16Units(text.substr(counted, match->begin - counted));
         counted = match->begin;
         Ref<ArrayNode> groups = call.evaluator.MakeArray();
-        for (const std::string& group : match->groups)
-            groups->Push(call.evaluator.MakeText(group));
+        for (const std::optional<std::string>& group : match->groups) {
+            groups->Push(group ? call.evaluator.MakeText(*group) : Value());
+        }
         Ref<ObjectNode> object = call.evaluator.GetHeap().Make<ObjectNode>();
         object->Set("match", call.evaluator.MakeText(match->text));
         object->Set("index", Value(static_cast<double>(units)));

@@ -60,6 +60,7 @@ Value Spread(NativeCall& call) {
     if (!call[0].IsArray() && !call[0].IsObject()) return call[0];
     Ref<ArrayNode> result = call.evaluator.MakeSequence();
     SpreadInto(call[0], *result, call.evaluator, 0);
+    result->isSequence = !call[0].IsArray() || call[0].GetSize() == 0;  // an array spreads to an array
     return Value(std::move(result));
 }
 
@@ -89,9 +90,9 @@ Value Sift(NativeCall& call) {
 }
 
 Value Each(NativeCall& call) {
-    if (!call[0].IsObject()) return {};
     Ref<ArrayNode> result = call.evaluator.MakeSequence();
-    for (std::size_t i = 0; i < call[0].GetMemberCount(); ++i) {
+    const std::size_t count = call[0].IsObject() ? call[0].GetMemberCount() : 0;
+    for (std::size_t i = 0; i < count; ++i) {
         const Value name = call.evaluator.MakeText(std::string(call[0].GetMemberName(i)));
         Value value = call.InvokeFor(call[1], call[0].GetMemberValue(i), name, call[0]);
         if (!value.IsUndefined()) result->Push(std::move(value));

@@ -116,7 +116,7 @@ SyntaxPtr Parser::Prefix() {
     const Token token = Take(Expect::Operand);
     SyntaxPtr syntax;
     switch (token.kind) {
-        case Token::Kind::End: ThrowAt(token.begin, "S0207");
+        case Token::Kind::End: return Make(Syntax::Kind::Missing, token);
         case Token::Kind::Name: syntax = Make(Syntax::Kind::Name, token); break;
         case Token::Kind::Variable: syntax = Make(Syntax::Kind::Variable, token); break;
         case Token::Kind::String: syntax = Make(Syntax::Kind::String, token); break;

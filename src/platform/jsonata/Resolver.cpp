@@ -119,6 +119,7 @@ class Resolver {
                 for (const SyntaxPtr& child : syntax.children)
                     expr->children.push_back(Process(*child));
                 return expr;
+            case Syntax::Kind::Missing: ThrowAt(syntax.offset, "S0207");
             case Syntax::Kind::SortTerm:
             case Syntax::Kind::Placeholder: break;  // read by those that contain them
         }

@@ -15,6 +15,7 @@ using SyntaxPtr = std::unique_ptr<Syntax>;
 /// An expression as it is written, before paths are put together and parents resolved.
 struct Syntax {
     enum class Kind : std::uint8_t {
+        Missing,      ///< the end of the text where an operand should be; refused by whoever needs more, or at last
         Name,         ///< `text`
         String,       ///< `text`
         Number,       ///< `number`

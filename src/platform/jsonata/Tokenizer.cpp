@@ -218,9 +218,10 @@ Token Tokenizer::ReadName(std::size_t from) const {
 
 std::size_t Tokenizer::EndOfSignature(std::size_t from) const {
     int depth = 0;
-    for (std::size_t at = from; at < text_.size() && text_[at] != '{'; ++at) {
+    for (std::size_t at = from; at < text_.size(); ++at) {
         if (text_[at] == '<') ++depth;
         if (text_[at] == '>' && --depth == 0) return at + 1;
+        if (text_[at] == '{') ThrowAt(at, "S0202", ">", "{");
     }
     ThrowAt(text_.size(), "S0203", ">");
 }

@@ -79,7 +79,9 @@ class TextWriter {
         if (value.IsString()) {
             WriteText(value.GetText());
         } else if (value.IsNumber()) {
-            out_.Write(ValueOrThrow(PrintRoundedNumber(value.GetNumber())));
+            const Result<std::string> number = PrintRoundedNumber(value.GetNumber());
+            if (!number) Throw(depth == 0 ? "D3001" : "D1001", number.GetFailure().value);
+            out_.Write(*number);
         } else if (value.IsBoolean()) {
             out_.Write(value.GetBoolean() ? "true" : "false");
         } else if (value.IsFunction()) {
