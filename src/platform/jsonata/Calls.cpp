@@ -81,7 +81,7 @@ Value Evaluator::EvaluateLambda(const Expr& expr, const Value& input, FrameNode*
 
 // Calls in tail position do not nest: the call around them takes them over.
 Value Evaluator::Call(const Value& function, std::vector<Value> arguments, const CallSite& site) {
-    const Level level(*this, 0);
+    const Level level(*this, site.call == nullptr ? 1 : 0);  // calls in expressions are counted as these
     Value target = function;
     CallSite here = site;
     PendingCall last;  // keeps alive what `here` refers to

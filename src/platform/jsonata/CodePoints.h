@@ -45,6 +45,18 @@ inline void AppendCodePoint(std::string& text, char32_t codePoint) {
     }
 }
 
+/// The text with every surrogate and every other invalid part replaced by U+FFFD.
+[[nodiscard]] inline std::string ToValidUtf8(std::string_view text) {
+    std::string valid;
+    valid.reserve(text.size());
+    for (std::size_t at = 0; at < text.size();) {
+        const CodePoint codePoint = DecodeAt(text, at);
+        AppendCodePoint(valid, IsSurrogate(codePoint.value) ? kReplacementCharacter : codePoint.value);
+        at += codePoint.size;
+    }
+    return valid;
+}
+
 /// All characters of a text.
 [[nodiscard]] inline std::u32string ToCodePoints(std::string_view text) {
     std::u32string codePoints;

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <array>
 
+#include "platform/jsonata/CodePoints.h"
+
 namespace tn61131::jsonata {
 
 namespace {
@@ -115,12 +117,8 @@ constexpr std::array kErrors{
 /// Longer texts are cut in messages.
 constexpr std::size_t kMaxQuoted = 200;
 
-std::string_view Quoted(std::string_view text) {
-    if (text.size() <= kMaxQuoted) return text;
-    std::size_t end = kMaxQuoted;
-    while (end > 0 && (static_cast<unsigned char>(text[end]) & 0xC0U) == 0x80)
-        --end;
-    return text.substr(0, end);
+std::string Quoted(std::string_view text) {
+    return ToValidUtf8(text.substr(0, CutUtf8(text, kMaxQuoted)));
 }
 
 }  // namespace

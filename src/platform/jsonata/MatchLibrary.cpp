@@ -1,6 +1,7 @@
 #include <cmath>
 #include <optional>
 
+#include "platform/jsonata/CodePoints.h"
 #include "platform/jsonata/EvaluationError.h"
 #include "platform/jsonata/Evaluator.h"
 #include "platform/jsonata/Functions.h"
@@ -14,11 +15,10 @@ namespace {
 /// The byte at which a UTF-16 unit of a text begins.
 std::size_t ByteOfUnit(std::string_view text, double unit) {
     std::size_t at = 0;
-    for (double passed = 0; passed < unit && at < text.size(); ++at) {
-        const auto byte = static_cast<unsigned char>(text[at]);
-        if (byte < 0x80 || byte >= 0xC0) passed += byte >= 0xF0 ? 2 : 1;
-        while (at + 1 < text.size() && (static_cast<unsigned char>(text[at + 1]) & 0xC0U) == 0x80)
-            ++at;
+    for (double passed = 0; passed < unit && at < text.size();) {
+        const CodePoint codePoint = DecodeAt(text, at);
+        passed += codePoint.value > 0xFFFF ? 2 : 1;
+        at += codePoint.size;
     }
     return at;
 }
@@ -192,7 +192,7 @@ void SplitText(NativeCall& call, double limit, ArrayNode& parts) {
         call.evaluator.Tick();
         if (separator.empty()) {
             if (from >= text.size()) return;
-            const std::string_view part = jsonata::Substring(text.substr(from, 4), 0, 1);
+            const std::string_view part = text.substr(from, DecodeAt(text, from).size);
             parts.Push(call.evaluator.MakeText(std::string(part)));
             from += part.size();
             continue;

@@ -15,6 +15,13 @@ bool IsWhole(const Value& value) noexcept {
     return value.IsNumber() && std::isfinite(value.GetNumber()) && std::trunc(value.GetNumber()) == value.GetNumber();
 }
 
+// Division by zero gives an infinity or NaN, which any further calculation refuses.
+double Divide(double dividend, double divisor) noexcept {
+    if (divisor != 0) return dividend / divisor;
+    if (dividend == 0 || std::isnan(dividend)) return NAN;
+    return std::signbit(dividend) == std::signbit(divisor) ? HUGE_VAL : -HUGE_VAL;
+}
+
 // A number that can be calculated with.
 void CheckFinite(const Value& value) {
     if (value.IsNumber() && !std::isfinite(value.GetNumber())) Throw("D1001", PrintNumber(value.GetNumber()));
@@ -66,7 +73,7 @@ Value Evaluator::EvaluateArithmetic(const Expr& expr, const Value& left, const V
         case Operation::Add: return Value(a + b);
         case Operation::Subtract: return Value(a - b);
         case Operation::Multiply: return Value(a * b);
-        case Operation::Divide: return Value(a / b);
+        case Operation::Divide: return Value(Divide(a, b));
         default: return Value(std::fmod(a, b));
     }
 }

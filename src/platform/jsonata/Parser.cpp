@@ -283,6 +283,7 @@ SyntaxPtr Parser::Lambda(const Token& token, std::vector<SyntaxPtr> parameters) 
     }
     if (PeekIs("<")) {
         const std::size_t begin = ahead_.begin;
+        lambda->signatureOffset = begin;
         position_ = tokenizer_.EndOfSignature(begin);
         lambda->text = tokenizer_.GetText().substr(begin, position_ - begin);
     }

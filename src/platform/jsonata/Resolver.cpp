@@ -44,7 +44,9 @@ class Resolver {
  public:
     ExprPtr Resolve(const Syntax& syntax) {
         ExprPtr expr = Process(syntax);
-        if (expr->kind == Kind::Parent || !seeking_[expr.get()].empty()) ThrowAt(expr->offset, "S0217");
+        if (expr->kind == Kind::Parent) ThrowAt(expr->offset, "S0217");
+        const std::vector<Seeker*>& unresolved = seeking_[expr.get()];
+        if (!unresolved.empty()) ThrowAt(unresolved.front()->parent->offset, "S0217");
         for (const Seeker& seeker : seekers_)
             seeker.parent->symbol = *seeker.label;
         return expr;
@@ -333,10 +335,19 @@ class Resolver {
         ExprPtr lambda = Make(Kind::Lambda, syntax);
         for (const std::string& name : syntax.names)
             lambda->parameters.emplace_back(name);
-        if (!syntax.text.empty()) lambda->signature = Signature::Parse(syntax.text);
+        if (!syntax.text.empty()) lambda->signature = ParseSignature(syntax);
         lambda->children.push_back(Process(*syntax.children[0]));
         MarkTailCalls(*lambda->children[0]);
         return lambda;
+    }
+
+    static std::shared_ptr<const Signature> ParseSignature(const Syntax& syntax) {
+        try {
+            return Signature::Parse(syntax.text);
+        } catch (EvaluationError& error) {
+            error.offset = syntax.signatureOffset;
+            throw;
+        }
     }
 
     static void MarkTailCalls(Expr& expr) {
@@ -401,7 +412,7 @@ class Resolver {
                 } while (seeker.level > 0 && next > 0);
                 return;
             }
-            default: ThrowAt(step.offset, "S0217");
+            default: ThrowAt(seeker.parent->offset, "S0217");
         }
     }
 

@@ -46,7 +46,8 @@ struct Syntax {
     };
 
     Kind kind = Kind::Name;
-    std::size_t offset = 0;  ///< of the token that makes the expression, in bytes
+    std::size_t offset = 0;           ///< of the token that makes the expression, in bytes
+    std::size_t signatureOffset = 0;  ///< of a lambda\'s signature
     std::string text;
     std::string flags;
     double number = 0;

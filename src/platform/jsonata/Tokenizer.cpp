@@ -6,6 +6,7 @@
 #include <cmath>
 
 #include "platform/ReadDouble.h"
+#include "platform/jsonata/CodePoints.h"
 #include "platform/jsonata/EvaluationError.h"
 
 namespace tn61131::jsonata {
@@ -27,23 +28,6 @@ constexpr bool IsDigit(char c) noexcept {
 
 constexpr bool EndsName(char c) noexcept {
     return IsBlank(c) || std::string_view(".[]{}(),@#;:?+-*/%|=<>^&!~").find(c) != std::string_view::npos;
-}
-
-// A surrogate without its partner stands as the three bytes that UTF-8 would give its number.
-void AppendCodePoint(std::string& out, char32_t code) {
-    const auto byte = [&out](char32_t value) { out.push_back(static_cast<char>(value)); };
-    if (code < 0x80) return byte(code);
-    if (code < 0x800) {
-        byte(0xC0 | code >> 6);
-    } else if (code < 0x10000) {
-        byte(0xE0 | code >> 12);
-        byte(0x80 | (code >> 6 & 0x3F));
-    } else {
-        byte(0xF0 | code >> 18);
-        byte(0x80 | (code >> 12 & 0x3F));
-        byte(0x80 | (code >> 6 & 0x3F));
-    }
-    byte(0x80 | (code & 0x3F));
 }
 
 }  // namespace

@@ -4,6 +4,7 @@
 #include <functional>
 
 #include "platform/TextOutput.h"
+#include "platform/jsonata/CodePoints.h"
 #include "platform/jsonata/EvaluationError.h"
 #include "platform/jsonata/Evaluator.h"
 #include "platform/jsonata/NumberText.h"
@@ -150,7 +151,7 @@ class Exporter {
         if (value.IsNumber()) return JSONValue(value.GetNumber());
         if (value.IsString()) {
             Count(value.GetText().size());
-            return JSONValue(std::string(value.GetText()));
+            return JSONValue(ToValidUtf8(value.GetText()));
         }
         if (value.IsArray()) {
             JSONValue::Array elements;
@@ -168,7 +169,7 @@ class Exporter {
                 const Value member = value.GetMemberValue(i);
                 if (member.IsFunction() || member.IsUndefined()) continue;
                 Count(value.GetMemberName(i).size());
-                members.push_back({std::string(value.GetMemberName(i)), Export(member, depth + 1)});
+                members.push_back({ToValidUtf8(value.GetMemberName(i)), Export(member, depth + 1)});
             }
             return JSONValue(std::move(members));
         }
