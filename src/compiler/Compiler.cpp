@@ -36,6 +36,13 @@ class Compilation {
             if (!diagnostics_.HasErrors()) Produce();
         }
         result_.diagnostics = diagnostics_.Sort();
+        // A program that runs more than once has been checked as often.
+        const auto isSame = [](const Diagnostic& left, const Diagnostic& right) {
+            return left.code == right.code && left.range.begin == right.range.begin &&
+                   left.range.end == right.range.end && left.text == right.text;
+        };
+        const auto last = std::unique(result_.diagnostics.begin(), result_.diagnostics.end(), isSame);
+        result_.diagnostics.erase(last, result_.diagnostics.end());
     }
 
  private:

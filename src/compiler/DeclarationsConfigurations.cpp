@@ -1,9 +1,72 @@
 #include <algorithm>
+#include <vector>
 
 #include "compiler/Checker.h"
 #include "compiler/DeclarationsState.h"
 
 namespace tn61131::st {
+
+namespace {
+
+bool IsProgram(const Symbol& symbol, const Scope*) {
+    return symbol.kind == Symbol::Kind::Pou && symbol.pou->kind == ast::PouKind::Program;
+}
+
+/// The names of a.b.c; empty for anything else.
+std::vector<ast::Identifier> PathOf(const ast::Expr* expression) {
+    std::vector<ast::Identifier> path;
+    while (expression != nullptr && expression->kind == ast::ExprKind::Member) {
+        const auto& member = static_cast<const ast::MemberExpr&>(*expression);
+        path.push_back(member.member);
+        expression = member.base;
+    }
+    if (expression == nullptr || expression->kind != ast::ExprKind::Name) return {};
+    path.push_back({static_cast<const ast::NameExpr*>(expression)->name, expression->range});
+    std::ranges::reverse(path);
+    return path;
+}
+
+}  // namespace
+
+const Symbol* Declarations::State::FindProgram(NameId name, const Scope* scope) {
+    return FindSymbol(name, scope, IsProgram);
+}
+
+/// VAR_CONFIG gives a variable of a program the address that its declaration leaves open, or another initial value.
+void Declarations::State::ResolveConfigVariable(const ast::VarDecl& config, Scope* scope) {
+    std::vector<ast::Identifier> path = PathOf(config.alias);
+    // Resources in front of the program have no variables of their own.
+    while (path.size() > 2 && FindProgram(path.front().name, scope) == nullptr)
+        path.erase(path.begin());
+    const Symbol* program = path.size() < 2 ? nullptr : FindProgram(path.front().name, scope);
+    const SourceRange range = config.alias != nullptr ? config.alias->range : config.name.range;
+    Symbol* symbol = program == nullptr ? nullptr : program->pou->scope->FindHere(path[1].name);
+    if (symbol == nullptr || symbol->kind != Symbol::Kind::Variable || symbol->variable->declaration == nullptr) {
+        Report(DiagnosticCode::UnknownName, range, {project.sources.GetText(range)});
+        return;
+    }
+    Variable& variable = *symbol->variable;
+    const bool isFixed = config.location != nullptr && (variable.declaration->location == nullptr ||
+                                                        !LocatedVariables::IsOpen(*variable.declaration->location));
+    if (path.size() > 2 || isFixed) {
+        Report(DiagnosticCode::NotSupported, range,
+               {isFixed ? "an address for a variable declared without AT %I*, %Q* or %M*"
+                        : "VAR_CONFIG for a variable of a function block"});
+        return;
+    }
+    ResolveVariable(variable);
+    const Type* type = config.type != nullptr ? ResolveSpec(*config.type, scope) : project.types.Error();
+    const bool isKnown = type->kind != TypeKind::Error && variable.type->kind != TypeKind::Error;
+    if (isKnown && Strip(type) != Strip(variable.type)) {
+        Report(DiagnosticCode::ConfigDiffers, range, {Spelling(variable.name), TextOf(type), TextOf(variable.type)})
+            .notes.push_back({variable.declared, "declared here"});
+        return;
+    }
+    auto* const declaration = project.arena.New<ast::VarDecl>(*variable.declaration);
+    if (config.location != nullptr) declaration->location = config.location;
+    if (config.initial != nullptr) declaration->initial = config.initial;
+    variable.declaration = declaration;
+}
 
 void Declarations::State::EnterConfiguration(const ast::Configuration& configuration, Scope& scope) {
     for (const ast::VarBlock* block : configuration.variables)
@@ -21,6 +84,8 @@ void Declarations::State::ResolveConfigurations() {
             ResolveResource(*resource, entry.scope);
     }
     AddPlainPrograms();
+    for (const auto& [config, scope] : configVariables)
+        ResolveConfigVariable(*config, scope);
 }
 
 void Declarations::State::ResolveResource(const ast::Resource& resource, Scope* scope) {
@@ -62,10 +127,14 @@ void Declarations::State::ResolveTask(const ast::TaskDecl& declaration, Scope* s
 /// The first instance of a program is the program itself; each further one is a copy with variables of its own,
 /// because a program reaches its variables at fixed addresses.
 void Declarations::State::ResolveProgram(const ast::ProgramInstance& instance, Scope* scope) {
-    const auto isProgram = [](const Symbol& symbol, const Scope*) {
-        return symbol.kind == Symbol::Kind::Pou && symbol.pou->kind == ast::PouKind::Program;
-    };
-    const Symbol* symbol = FindSymbol(instance.type.name, scope, isProgram);
+    const Symbol* symbol = FindProgram(instance.type.name, scope);
+    if (symbol == nullptr && Spelling(instance.type.name).find('.') != std::string_view::npos) {
+        symbol = LookupQualifiedType(instance.type, scope);
+        if (symbol != nullptr && !IsProgram(*symbol, nullptr)) symbol = nullptr;
+    }
+    for (const ast::BlockTask& each : instance.blockTasks) {
+        Report(DiagnosticCode::NotSupported, each.block.range, {"a task for a part of a program"});
+    }
     if (symbol == nullptr) {
         Diagnostic& diagnostic =
             Report(DiagnosticCode::UnknownProgram, instance.type.range, {Spelling(instance.type.name)});

@@ -160,7 +160,12 @@ Variable& Declarations::State::NewImplicit(NameId name, SourceRange declared, as
 }
 
 void Declarations::State::EnterGlobals(const ast::VarBlock& block, Scope& home, Scope& scope) {
-    if (block.section == ast::VarSection::Access || block.section == ast::VarSection::Config) {
+    if (block.section == ast::VarSection::Config) {
+        for (const ast::VarDecl* declaration : block.variables)
+            configVariables.emplace_back(declaration, &scope);
+        return;
+    }
+    if (block.section == ast::VarSection::Access) {
         Report(DiagnosticCode::UnusedSection, block.range, {GetSectionText(block.section)});
         return;
     }
@@ -178,6 +183,7 @@ Pou& Declarations::State::EnterPou(const ast::Pou& declaration, Scope* home, Sco
     pou.name = declaration.name.name;
     pou.declaration = &declaration;
     pou.scope = &NewScope(&scope, &pou);
+    if (!declaration.usings.empty()) openUsings.emplace_back(pou.scope, declaration.usings);
     pou.container = container;
     pou.resultType = project.types.Void();
     if (pou.kind == ast::PouKind::FunctionBlock) {
@@ -226,20 +232,26 @@ void Declarations::State::AddParameter(Pou& pou, Variable& variable) {
     pou.parameters.push_back(&variable);
 }
 
+/// EN or ENO of a block that does not declare it.
+Variable& Declarations::State::NewEnable(Pou& pou, bool isInput) {
+    Variable& variable = NewImplicit(project.names.Intern(isInput ? "EN" : "ENO"), {},
+                                     isInput ? ast::VarSection::Input : ast::VarSection::Output, pou);
+    variable.type = project.types.Bool();
+    // A block that is called without EN runs.
+    if (isInput) variable.initial = initials.MakeScalar(variable.type, CValue(true));
+    return variable;
+}
+
 /// EN and ENO are there in every block, at the front of its instance, unless it declares them itself.
 void Declarations::State::EnterEnable(Pou& pou) {
     if (!pou.declaration->extends.empty()) return;
-    for (const auto& [spelling, section] :
-         {std::pair("EN", ast::VarSection::Input), std::pair("ENO", ast::VarSection::Output)}) {
-        const NameId name = project.names.Intern(spelling);
+    for (const bool isInput : {true, false}) {
+        const NameId name = project.names.Intern(isInput ? "EN" : "ENO");
         const Symbol* existing = std::as_const(*pou.scope).FindHere(name);
         Variable* variable = existing != nullptr ? existing->variable : nullptr;
+        const ast::VarSection section = isInput ? ast::VarSection::Input : ast::VarSection::Output;
         if (variable == nullptr || variable->section != section) {
-            variable = &NewImplicit(name, {}, section, pou);
-            variable->type = project.types.Bool();
-            if (section == ast::VarSection::Input) {
-                variable->initial = initials.MakeScalar(variable->type, CValue(true));
-            }
+            variable = &NewEnable(pou, isInput);
             if (existing == nullptr) pou.scope->Add(name, SymbolOf(*variable));
         }
         pou.type->variables.push_back(variable);
@@ -302,8 +314,7 @@ void Declarations::State::CheckSections(const Pou& pou) {
 void Declarations::State::ResolveBase(Pou& pou) {
     if (pou.declaration == nullptr || pou.declaration->extends.empty() || pou.type == nullptr) return;
     const ast::Identifier& name = pou.declaration->extends.front();
-    const Symbol* other = nullptr;
-    const Symbol* symbol = LookupType(name.name, pou.scope->GetParent(), other);
+    const Symbol* symbol = LookupQualifiedType(name, pou.scope->GetParent());
     if (symbol == nullptr || symbol->kind != Symbol::Kind::Pou || symbol->pou->kind != ast::PouKind::FunctionBlock) {
         Report(DiagnosticCode::UnknownBase, name.range, {GetPouText(pou.kind), Spelling(name.name)});
         return;

@@ -14,6 +14,8 @@ constexpr std::uint32_t kControlSize = 2;
 constexpr std::uint32_t kPointerSize = GetTypeInfo(ElementaryType::Pointer).size;
 /// Result, input and memory of an edge.
 constexpr std::uint32_t kEdgeSize = 3;
+/// Variables that lie on each other in a chain; more are a ring.
+constexpr std::uint32_t kMaxAliases = 100;
 
 bool IsParameter(const Variable& variable) noexcept {
     return variable.section == ast::VarSection::Input || variable.section == ast::VarSection::Output ||
@@ -91,7 +93,13 @@ bool Declarations::State::LayOutBlock(Pou& pou) {
         pou.parameters.insert(pou.parameters.begin(), pou.base->parameters.begin(), pou.base->parameters.end());
     } else {
         for (std::size_t i = 0; i < type.variables.size(); ++i) {
-            type.variables[i]->storage = {.kind = StorageKind::Instance, .offset = static_cast<std::uint32_t>(i)};
+            Variable*& variable = type.variables[i];
+            ResolveVariable(*variable);
+            // What is no BOOL cannot be EN or ENO: it is a variable like others.
+            if (Strip(variable->type) != project.types.Bool() || variable->edge.has_value()) {
+                variable = &NewEnable(pou, i == 0);
+            }
+            variable->storage = {.kind = StorageKind::Instance, .offset = static_cast<std::uint32_t>(i)};
         }
     }
     std::array<std::vector<Variable*>, kGroups> groups;
@@ -196,10 +204,19 @@ void Declarations::State::PlaceAlias(Variable& variable) {
 }
 
 void Declarations::State::FollowAliases() {
-    const auto follow = [](Variable& variable) {
+    const auto follow = [this](Variable& variable) {
         if (variable.aliasOf == nullptr) return;
-        variable.storage = variable.aliasOf->storage;
-        variable.storage.offset += variable.aliasOffset;
+        const Variable* root = &variable;
+        std::uint32_t offset = 0;
+        for (std::uint32_t steps = 0; root->aliasOf != nullptr; root = root->aliasOf) {
+            offset += root->aliasOffset;
+            if (++steps <= kMaxAliases) continue;
+            Report(DiagnosticCode::SelfReference, variable.declared, {Spelling(variable.name)});
+            variable.aliasOf = nullptr;
+            return;
+        }
+        variable.storage = root->storage;
+        variable.storage.offset += offset;
     };
     for (Variable* variable : project.globals)
         follow(*variable);

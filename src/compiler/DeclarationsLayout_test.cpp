@@ -82,6 +82,9 @@ FUNCTION_BLOCK Derived EXTENDS Base
 VAR_INPUT b : INT; END_VAR
 VAR w : INT; END_VAR
 END_FUNCTION_BLOCK
+FUNCTION_BLOCK Odd
+VAR_INPUT EN : INT; END_VAR
+END_FUNCTION_BLOCK
 FUNCTION_BLOCK Own
 VAR_INPUT EN : BOOL; x : INT; END_VAR
 VAR_OUTPUT ENO : BOOL; END_VAR
@@ -90,6 +93,7 @@ END_FUNCTION_BLOCK
     EXPECT_EQ(project.Messages(), "");
     EXPECT_EQ(project.LayoutOf("Base"), "EN@0 ENO@1 a@2 edge@4 q@7 io@8 v@16 kept@18 inst@20 49");
     EXPECT_EQ(project.LayoutOf("Derived"), "EN@0 ENO@1 a@2 edge@4 q@7 io@8 v@16 kept@18 inst@20 b@49 w@51 53");
+    EXPECT_EQ(project.LayoutOf("Odd"), "EN@0 ENO@1 EN@2 4");
     EXPECT_EQ(project.LayoutOf("Own"), "EN@0 ENO@1 x@2 4");
     EXPECT_EQ(PlaceOf(project, "Base.io"), "pointer 8");
     EXPECT_EQ(PlaceOf(project, "Base.t"), "unassigned");
@@ -129,7 +133,10 @@ VAR_GLOBAL
   y AT %Q0.1 : BOOL;
   z AT %QX0.0 : BOOL;
   r AT %ID1.2.3 : DWORD;
+  chained AT lies : BYTE;
+  lies AT g : BYTE;
 END_VAR
+FUNCTION_BLOCK Fb VAR a : DWORD; low AT a : WORD; END_VAR END_FUNCTION_BLOCK
 PROGRAM Main VAR m AT %MW2 : WORD; n AT g : BYTE; END_VAR END_PROGRAM
 )",
                      WithTags());
@@ -150,6 +157,8 @@ PROGRAM Main VAR m AT %MW2 : WORD; n AT g : BYTE; END_VAR END_PROGRAM
         {"s", "global 16"},
         {"Main.m", "global 16"},
         {"Main.n", "global 0"},
+        {"chained", "global 0"},
+        {"Fb.low", "instance 2"},
     };
     for (const PlaceCase& each : cases)
         EXPECT_EQ(PlaceOf(project, each.path), each.place) << each.path;
@@ -176,6 +185,13 @@ TEST(DeclarationLayout, ErrorsStandWhereTheyBelong) {
         {"VAR_GLOBAL a AT %I* : BOOL; END_VAR", {{1, 17, AddressNotMapped}}},
         {"VAR_GLOBAL a : BYTE; b AT a : INT; END_VAR", {{1, 27, AliasTooLarge}}},
         {"VAR_GLOBAL a AT a : BYTE; END_VAR", {{1, 17, NoFixedPlace}}},
+        {"VAR_GLOBAL a AT b : BYTE; b AT a : BYTE; END_VAR", {{1, 32, NoFixedPlace}}},
+        {"VAR_GLOBAL a AT b : BYTE; b AT c : BYTE; c AT a : BYTE; END_VAR",
+         {{1, 12, SelfReference}, {1, 27, SelfReference}}},
+        {"FUNCTION_BLOCK A VAR_INPUT x : ARRAY[*] OF INT; END_VAR END_FUNCTION_BLOCK", {{1, 32, OpenArray}}},
+        {"FUNCTION_BLOCK A VAR_IN_OUT x : ARRAY[*] OF INT; END_VAR END_FUNCTION_BLOCK", {}},
+        {"FUNCTION A : INT VAR_INPUT x : ARRAY[*, *] OF INT; END_VAR END_FUNCTION", {}},
+        {"TYPE S : STRUCT a AT %IX0.0 : BOOL; END_STRUCT END_TYPE", {{1, 17, NotSupported}}},
         {"VAR_GLOBAL a : INT; A : BOOL; END_VAR", {{1, 21, DuplicateName}}},
         {"VAR_GLOBAL a : INT; END_VAR FUNCTION A : INT END_FUNCTION", {{1, 38, DuplicateName}}},
         {"FUNCTION F : INT VAR f : INT; END_VAR END_FUNCTION", {{1, 22, DuplicateName}}},
@@ -248,6 +264,26 @@ END_CONFIGURATION
     EXPECT_EQ(PlaceOf(project, "Main.x"), "global 5");
 }
 
+TEST(DeclarationConfiguration, VariablesGetTheirAddressFromOutside) {
+    Resolved project(R"(
+PROGRAM Main VAR in AT %I* : BYTE; a : INT := 1; END_VAR END_PROGRAM
+CONFIGURATION Plant
+RESOURCE Cpu ON PLC
+PROGRAM One : Main;
+END_RESOURCE
+VAR_CONFIG
+  Cpu.One.in AT %IB3 : BYTE;
+  One.a : INT := 7;
+END_VAR
+END_CONFIGURATION
+)");
+    EXPECT_EQ(project.Messages(), "");
+    EXPECT_EQ(PlaceOf(project, "One.in"), "global 5");
+    EXPECT_EQ(project.GlobalData(),
+              "0700"
+              "00000000");
+}
+
 TEST(DeclarationConfiguration, ErrorsStandWhereTheyBelong) {
     using enum DiagnosticCode;
     const std::string begin = "PROGRAM Main VAR_INPUT a : INT; END_VAR END_PROGRAM CONFIGURATION C RESOURCE R ON P\n";
@@ -258,6 +294,12 @@ TEST(DeclarationConfiguration, ErrorsStandWhereTheyBelong) {
         {"TASK t(INTERVALL := T#1s, PRIORITY := 1);", {{2, 8, UnknownTaskProperty}}},
         {"PROGRAM a : Main; PROGRAM A : Main;", {{2, 27, DuplicateName}}},
         {"PROGRAM a : Main(b := 1);", {{2, 18, NoSuchMember}}},
+        {"PROGRAM a : Main; END_RESOURCE VAR_CONFIG a.b : INT := 1; END_VAR RESOURCE S ON P PROGRAM b : Main;",
+         {{2, 43, UnknownName}}},
+        {"PROGRAM a : Main; END_RESOURCE VAR_CONFIG a.a : DINT := 1; END_VAR RESOURCE S ON P PROGRAM b : Main;",
+         {{2, 43, ConfigDiffers}}},
+        {"PROGRAM a : Main; END_RESOURCE VAR_CONFIG a.a AT %IB0 : INT; END_VAR RESOURCE S ON P PROGRAM b : Main;",
+         {{2, 43, NotSupported}}},
     };
     for (const ErrorCase& each : cases) {
         Resolved project(begin + std::string(each.text) + end);

@@ -75,6 +75,22 @@ const Symbol* Declarations::State::LookupEnumValue(NameId name) {
     return symbols.data();
 }
 
+const Symbol* Declarations::State::LookupQualifiedType(const ast::Identifier& name, Scope* scope) {
+    const std::string_view spelling = Spelling(name.name);
+    const Symbol* other = nullptr;
+    if (spelling.find('.') == std::string_view::npos) return LookupType(name.name, scope, other);
+    std::vector<ast::Identifier> path;
+    for (std::size_t begin = 0; begin <= spelling.size();) {
+        const std::size_t end = std::min(spelling.find('.', begin), spelling.size());
+        path.push_back({project.names.Find(spelling.substr(begin, end - begin)), name.range});
+        begin = end + 1;
+    }
+    const Scope* space = FindNamespace(std::span(path).first(path.size() - 1), scope, false);
+    if (space == nullptr) return nullptr;
+    const Symbol* symbol = space->FindHere(path.back().name);
+    return symbol == nullptr ? nullptr : Ensure(const_cast<Symbol*>(symbol));
+}
+
 const Symbol* Declarations::State::LookupType(NameId name, const Scope* scope, const Symbol*& other) {
     const Symbol* found = nullptr;
     Search(name, scope, [&](const Symbol& symbol, const Scope* home) {

@@ -85,6 +85,7 @@ struct Declarations::State {
     Pou& EnterPou(const ast::Pou& declaration, Scope* home, Scope& scope, Pou* container);
     void EnterVariables(Pou& pou);
     void EnterEnable(Pou& pou);
+    Variable& NewEnable(Pou& pou, bool isInput);
     void EnterMembers(Pou& pou);
     void EnterProperty(Pou& property);
     Variable& NewVariable(const ast::VarDecl& declaration, const ast::VarBlock& block, Pou* owner, Scope& scope);
@@ -103,6 +104,8 @@ struct Declarations::State {
     const Symbol* LookupEnumValue(NameId name);
     /// The first type or function block of that name; what else has the name in `other`.
     const Symbol* LookupType(NameId name, const Scope* scope, const Symbol*& other);
+    /// The same for a name that may be "a.b".
+    const Symbol* LookupQualifiedType(const ast::Identifier& name, Scope* scope);
     template <typename Accept>
     const Symbol* Search(NameId name, const Scope* scope, const Accept& accept);
     const Symbol* Ensure(Symbol* symbol);
@@ -160,6 +163,8 @@ struct Declarations::State {
     void EnterConfiguration(const ast::Configuration& configuration, Scope& scope);
     void ResolveConfigurations();
     void ResolveResource(const ast::Resource& resource, Scope* scope);
+    const Symbol* FindProgram(NameId name, const Scope* scope);
+    void ResolveConfigVariable(const ast::VarDecl& config, Scope* scope);
     void ResolveTask(const ast::TaskDecl& declaration, Scope* scope);
     void ResolveProgram(const ast::ProgramInstance& instance, Scope* scope);
     void CheckProgramArguments();
@@ -190,6 +195,7 @@ struct Declarations::State {
     std::vector<OpenAlias> aliases;
     std::vector<OpenProgram> programArguments;
     std::vector<ConfigurationEntry> configurations;
+    std::vector<std::pair<const ast::VarDecl*, Scope*>> configVariables;
     std::vector<Variable*> placed;  ///< in GlobalData, in the order of their offsets
     std::unordered_map<std::string, std::uint32_t> constantPlaces;
     std::uint32_t depth = 0;

@@ -377,8 +377,7 @@ bool Declarations::State::FillStruct(OpenStruct& open) {
     int deepest = 0;
     bool succeeded = true;
     if (open.spec->base.name != NameId::None) {
-        const Symbol* other = nullptr;
-        const Symbol* symbol = LookupType(open.spec->base.name, open.scope, other);
+        const Symbol* symbol = LookupQualifiedType(open.spec->base, open.scope);
         const Type* base = symbol != nullptr && symbol->type != nullptr ? Strip(symbol->type) : project.types.Error();
         if (base->kind != TypeKind::Struct) {
             Report(DiagnosticCode::UnknownBase, open.spec->base.range, {"STRUCT", Spelling(open.spec->base.name)});
@@ -397,6 +396,9 @@ bool Declarations::State::FillStruct(OpenStruct& open) {
         if (!Complete(fieldType, declaration->type->range)) {
             succeeded = false;
             fieldType = project.types.Error();
+        }
+        if (declaration->location != nullptr || declaration->alias != nullptr) {
+            Report(DiagnosticCode::NotSupported, declaration->name.range, {"AT in a structure"});
         }
         const Type* plain = Strip(fieldType);
         if (plain->kind == TypeKind::Array && static_cast<const ArrayType*>(plain)->isOpen) {

@@ -17,6 +17,13 @@ bool IsParameter(ast::VarSection section) noexcept {
     return section == ast::VarSection::Input || section == ast::VarSection::Output || section == ast::VarSection::InOut;
 }
 
+/// A function block keeps its inputs and outputs, so their size must be known.
+bool MayBeOpen(const Variable& variable) noexcept {
+    if (variable.owner == nullptr || !IsParameter(variable.section)) return false;
+    const ast::PouKind kind = variable.owner->kind;
+    return variable.section == ast::VarSection::InOut || kind == ast::PouKind::Function || kind == ast::PouKind::Method;
+}
+
 }  // namespace
 
 void Declarations::State::ResolveVariable(Variable& variable) {
@@ -35,8 +42,7 @@ void Declarations::State::ResolveVariable(Variable& variable) {
         }
         type = ResolveSpec(*declaration.type, variable.scope);
         const Type* plain = Strip(type);
-        if (plain->kind == TypeKind::Array && static_cast<const ArrayType*>(plain)->isOpen &&
-            !(IsParameter(variable.section) && variable.owner != nullptr)) {
+        if (plain->kind == TypeKind::Array && static_cast<const ArrayType*>(plain)->isOpen && !MayBeOpen(variable)) {
             Report(DiagnosticCode::OpenArray, declaration.type->range);
             type = project.types.Error();
         }

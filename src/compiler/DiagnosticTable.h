@@ -55,6 +55,7 @@ enum class DiagnosticCode : std::uint16_t {
     MemoryTooLarge = 224,
     InitialIgnored = 226,
     UnusedSection = 227,
+    ConfigDiffers = 228,
 
     // --- types and constants ---
     UnknownType = 301,
@@ -217,6 +218,7 @@ inline constexpr auto kDiagnosticTable = std::to_array<DiagnosticRow>({
     {DiagnosticCode::MemoryTooLarge, Severity::Error, "the variables of the project need more than {0} bytes"},
     {DiagnosticCode::InitialIgnored, Severity::Warning, "the initial value of '{0}' has no effect at '{1}'"},
     {DiagnosticCode::UnusedSection, Severity::Warning, "{0} has no effect"},
+    {DiagnosticCode::ConfigDiffers, Severity::Error, "'{0}' is configured as {1}, but it is {2}"},
 
     // --- types and constants ---
     {DiagnosticCode::UnknownType, Severity::Error, "unknown type '{0}'"},
