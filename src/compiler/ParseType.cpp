@@ -56,7 +56,7 @@ TypeSpec* FileParser::ParseTypeParentheses(TypeSpec* base, TypePlace place, std:
     if (!isBlock || !Is(TokenKind::RightParen)) {
         do {
             arguments.Add(ParseArgument());
-            const ast::Argument& only = arguments[0];
+            const ast::Argument only = arguments[0];
             const bool canBeBound = arguments.Size() == 1 && only.value != nullptr && only.name.name == NameId::None;
             if (!canBeBound || (isBlock && !Is(TokenKind::Range))) continue;
             Expect(TokenKind::Range, "'..'");

@@ -1,6 +1,8 @@
 #include "compiler/TokenStream.h"
 
 #include <algorithm>
+#include <array>
+#include <iterator>
 #include <string>
 
 #include "compiler/Parser.h"
@@ -16,6 +18,10 @@ constexpr bool IsNameCharacter(char c) noexcept {
     return IsAsciiLetter(c) || IsAsciiDigit(c) || c == '_';
 }
 
+constexpr bool IsBlank(char c) noexcept {
+    return c == ' ' || (c >= '\t' && c <= '\r');
+}
+
 TokenKind KindOf(LogicTokenType type) noexcept {
     switch (type) {
         case LogicTokenType::String: return TokenKind::String;
@@ -29,47 +35,54 @@ TokenKind KindOf(LogicTokenType type) noexcept {
         case LogicTokenType::DateAndTime: return TokenKind::DateAndTime;
         case LogicTokenType::TimeOfDay: return TokenKind::TimeOfDay;
         case LogicTokenType::Boolean: return TokenKind::Bool;
-        case LogicTokenType::Assign: return TokenKind::Assign;
-        case LogicTokenType::OutputAssign: return TokenKind::Output;
-        case LogicTokenType::Power: return TokenKind::Power;
         case LogicTokenType::DirectlyLocatedVariable: return TokenKind::Located;
         default: return TokenKind::Identifier;
     }
 }
 
-// The kind of a one-character token, End for a character without meaning.
-constexpr TokenKind KindOfCharacter(int type) noexcept {
-    switch (type) {
-        case '=': return TokenKind::Equal;
-        case '<': return TokenKind::Less;
-        case '>': return TokenKind::Greater;
-        case '+': return TokenKind::Plus;
-        case '-': return TokenKind::Minus;
-        case '*': return TokenKind::Star;
-        case '/': return TokenKind::Slash;
-        case '&': return TokenKind::Ampersand;
-        case '(': return TokenKind::LeftParen;
-        case ')': return TokenKind::RightParen;
-        case '[': return TokenKind::LeftBracket;
-        case ']': return TokenKind::RightBracket;
-        case ',': return TokenKind::Comma;
-        case ';': return TokenKind::Semicolon;
-        case ':': return TokenKind::Colon;
-        case '.': return TokenKind::Dot;
-        case '^': return TokenKind::Caret;
-        case '#': return TokenKind::Hash;
-        default: return TokenKind::End;
-    }
-}
+// Signs of one and two characters; `second` is 0 for the former, which stand behind those of two with the same first.
+struct SignRow {
+    char first;
+    char second;
+    TokenKind kind;
+};
 
-// The operator that a character forms with the next one, End for none.
-constexpr TokenKind KindOfPair(int first, char second) noexcept {
-    if (first == '<' && second == '=') return TokenKind::LessEqual;
-    if (first == '<' && second == '>') return TokenKind::NotEqual;
-    if (first == '>' && second == '=') return TokenKind::GreaterEqual;
-    if (first == '.' && second == '.') return TokenKind::Range;
-    if (first == '?' && second == '=') return TokenKind::Attempt;
-    return TokenKind::End;
+constexpr SignRow kSigns[] = {
+    {'(', 0, TokenKind::LeftParen},   {')', 0, TokenKind::RightParen},
+    {'[', 0, TokenKind::LeftBracket}, {']', 0, TokenKind::RightBracket},
+    {',', 0, TokenKind::Comma},       {';', 0, TokenKind::Semicolon},
+    {':', '=', TokenKind::Assign},    {':', 0, TokenKind::Colon},
+    {'.', '.', TokenKind::Range},     {'.', 0, TokenKind::Dot},
+    {'=', '>', TokenKind::Output},    {'=', 0, TokenKind::Equal},
+    {'<', '=', TokenKind::LessEqual}, {'<', '>', TokenKind::NotEqual},
+    {'<', 0, TokenKind::Less},        {'>', '=', TokenKind::GreaterEqual},
+    {'>', 0, TokenKind::Greater},     {'+', 0, TokenKind::Plus},
+    {'-', 0, TokenKind::Minus},       {'*', '*', TokenKind::Power},
+    {'*', 0, TokenKind::Star},        {'/', 0, TokenKind::Slash},
+    {'&', 0, TokenKind::Ampersand},   {'^', 0, TokenKind::Caret},
+    {'#', 0, TokenKind::Hash},        {'?', '=', TokenKind::Attempt},
+};
+
+constexpr std::uint8_t kNoSign = 0xFF;
+
+// By character: the first row of kSigns that begins with it.
+constexpr std::array<std::uint8_t, 256> kSignsByCharacter = [] {
+    std::array<std::uint8_t, 256> rows{};
+    rows.fill(kNoSign);
+    for (std::size_t i = std::size(kSigns); i-- > 0;)
+        rows[static_cast<unsigned char>(kSigns[i].first)] = static_cast<std::uint8_t>(i);
+    return rows;
+}();
+
+// The sign that begins with two characters; null for none. What opens a comment is none.
+constexpr const SignRow* FindSign(char first, char second) noexcept {
+    const bool opensComment = (first == '(' && second == '*') || (first == '/' && (second == '*' || second == '/'));
+    const std::uint8_t row = kSignsByCharacter[static_cast<unsigned char>(first)];
+    if (row == kNoSign || opensComment) return nullptr;
+    for (const SignRow* sign = kSigns + row; sign != std::end(kSigns) && sign->first == first; ++sign) {
+        if (sign->second == 0 || sign->second == second) return sign;
+    }
+    return nullptr;
 }
 
 // Words that begin a literal of a long time type: behind the L stands one that the tokenizer knows.
@@ -113,6 +126,9 @@ class TokenReader {
     static constexpr std::size_t kFreeReread = 65536;
 
     void ReadToken();
+    [[nodiscard]] bool ReadPlainWord();
+    [[nodiscard]] bool ReadSign();
+    void ReadWithTokenizer();
     void ReadCharacter();
     void ReadComment(char outer);
     void ReadPragma();
@@ -152,9 +168,10 @@ class TokenReader {
         return offset;
     }
     void Add(TokenKind kind, std::size_t begin, std::size_t end) {
-        const unsigned int line = token_.Location().GetStart().line;
-        list_.tokens.push_back(Token{RangeOf(begin, end), NameId::None, kind, Keyword::None, line != lastLine_});
-        lastLine_ = line;
+        const std::string_view between = text_.substr(lastEnd_, begin - lastEnd_);
+        const bool startsLine = list_.tokens.empty() || between.find('\n') != std::string_view::npos;
+        list_.tokens.push_back(Token{RangeOf(begin, end), NameId::None, kind, Keyword::None, startsLine});
+        lastEnd_ = end;
     }
     void AddName(std::size_t begin, std::size_t end) {
         Add(TokenKind::Identifier, begin, end);
@@ -185,12 +202,44 @@ class TokenReader {
     std::size_t rereadLeft_;
     CLogicToken token_;
     TokenList list_;
-    unsigned int lastLine_ = 0;
+    std::size_t offset_ = 0;                         ///< of what is read next
+    std::size_t lastEnd_ = 0;                        ///< behind the last token
     std::size_t strayEnd_ = std::string_view::npos;  ///< behind the last stray character
 };
 
+// Blanks, words and signs make up most of a source and have one reading only; whatever is more is the tokenizer's.
 void TokenReader::ReadToken() {
+    while (IsBlank(At(offset_)))
+        ++offset_;
+    if (ReadPlainWord() || ReadSign()) return;
+    context_.SkipTo(offset_);
     context_.GetNextLogicTokenAfterWhitespace(token_);
+    ReadWithTokenizer();
+    offset_ = context_.GetTextPosition().offset;
+}
+
+// A word of ASCII characters that is no prefix of a literal.
+bool TokenReader::ReadPlainWord() {
+    const char first = At(offset_);
+    if (!IsAsciiLetter(first) && first != '_') return false;
+    const std::size_t end = EndOfName(offset_);
+    const char next = At(end);
+    if (next == '#' || static_cast<unsigned char>(next) >= 0x80) return false;
+    AddName(offset_, end);
+    offset_ = end;
+    return true;
+}
+
+bool TokenReader::ReadSign() {
+    const SignRow* const sign = FindSign(At(offset_), At(offset_ + 1));
+    if (sign == nullptr) return false;
+    const std::size_t end = offset_ + (sign->second == 0 ? 1 : 2);
+    Add(sign->kind, offset_, end);
+    offset_ = end;
+    return true;
+}
+
+void TokenReader::ReadWithTokenizer() {
     if (token_.IsAnyIdentifier()) return ReadIdentifier();
     if (token_.GetType() < CParseToken::kFirstCompoundType) return ReadCharacter();
     const TokenKind kind = KindOf(token_.GetLogicType());
@@ -217,16 +266,9 @@ void TokenReader::ReadToken() {
 void TokenReader::ReadCharacter() {
     const int type = token_.GetType();
     if (type == CParseToken::kEndOfInput) return;
-    const char next = At(End());
-    if (type == '/' && next == '*') return ReadComment('/');
+    if (type == '/' && At(End()) == '*') return ReadComment('/');
     if (type == '%') return ReadAddress();
-    if (const TokenKind pair = KindOfPair(type, next); pair != TokenKind::End) {
-        Add(pair, Begin(), End() + 1);
-        return context_.SkipTo(End() + 1);
-    }
-    const TokenKind kind = KindOfCharacter(type);
-    if (kind == TokenKind::End) return ReportStray();
-    Add(kind, Begin(), End());
+    ReportStray();
 }
 
 void TokenReader::ReportStray() {

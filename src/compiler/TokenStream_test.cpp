@@ -1,9 +1,12 @@
 #include "compiler/TokenStream.h"
 
+#include <set>
+
 #include <gtest/gtest.h>
 
 #include "compiler/ParserTesting.h"
-#include "literal/LogicToken.h"
+#include "literal/LogicParseContext.h"
+#include "platform/TextInput.h"
 
 namespace tn61131::st {
 namespace {
@@ -213,6 +216,36 @@ TEST_F(TokenStreamTest, OpenStringsOnManyLinesTakeLinearTime) {
         text += "$'\n";
     Read(text);
     EXPECT_GE(errors_.size(), 3U);
+}
+
+// Blanks, words and signs are read without the tokenizer: where it reads a word or a sign, there must be the same one.
+TEST_F(TokenStreamTest, PlainTokensAreThoseOfTheTokenizer) {
+    constexpr std::string_view kPieces[] = {"a",  "_b1", "Z9_", "IF",  " ",  "\n", "\t", ":", "=",   ">",        "<",
+                                            "*",  "+",   "-",   ")",   "[",  "]",  ",",  ";", "^",   "\xC3\xA4", "&",
+                                            "x#", "#",   ".",   "12 ", "\r", "\v", "?",  "@", "'s'", "{p}"};
+    std::uint32_t state = 1;
+    for (int round = 0; round < 3000; ++round) {
+        std::string text;
+        for (int i = 0; i < 12; ++i) {
+            state = state * 1664525 + 1013904223;
+            text += kPieces[(state >> 16) % std::size(kPieces)];
+        }
+        Read(text);
+        std::set<std::pair<std::size_t, std::size_t>> mine;
+        for (const Token& token : list_.tokens)
+            mine.emplace(token.range.begin - 3, token.range.end - 3);
+        TextInputTNString input(text);
+        CLogicParseContext context(&input, nullptr);
+        CLogicToken token;
+        do {
+            context.GetNextLogicTokenAfterWhitespace(token);
+            const std::size_t begin = token.Location().GetStart().offset;
+            const std::size_t end = token.Location().GetEnd().offset;
+            const bool isPlain = token.IsAnyIdentifier() || token.IsType(LogicTokenType::Assign) ||
+                                 token.IsType(LogicTokenType::OutputAssign) || token.IsType(LogicTokenType::Power);
+            EXPECT_TRUE(!isPlain || mine.count({begin, end}) == 1) << text << " at " << begin;
+        } while (!token.IsType(CParseToken::kEndOfInput));
+    }
 }
 
 TEST(Keywords, AllWordsOfTheTokenizerThatTheGrammarHasAreKnown) {
