@@ -6,6 +6,7 @@
 #include "assembler/SourceCursor.h"
 #include "platform/FormatText.h"
 #include "value/CompositeValue.h"
+#include "value/TypeTable.h"
 #include "value/Value.h"
 #include "vm/MemoryBlock.h"
 
@@ -121,21 +122,33 @@ bool IsPlainArray(const SymbolType& type) noexcept {
     return type.IsArray() && GetTypeInfo(element->elementary).size != 0;
 }
 
-/// The structures that the variables use, each behind those that it is made of.
+/// The structures that the variables use, each behind those that it is made of, and the enumerations.
 class CStructCollector {
  public:
+    explicit CStructCollector(const CSymbolMap& map) {
+        for (const SymbolVariable& variable : map.GetVariables())
+            Collect(variable.type);
+        for (const SymbolPou& pou : map.GetPous()) {
+            for (const SymbolLocal& variable : pou.variables)
+                Collect(variable.type);
+        }
+    }
     void Collect(const SymbolType& type) {
         if (type.IsArray()) Collect(*type.element);
+        if (type.IsEnum() && seen_.insert(FoldName(type.enumeration->name)).second)
+            enums_.push_back(type.enumeration.get());
         if (!type.IsStruct() || !seen_.insert(FoldName(type.structure->name)).second) return;
         for (const SymbolMember& member : type.structure->members)
             Collect(member.type);
         structs_.push_back(type.structure.get());
     }
     [[nodiscard]] const std::vector<const SymbolStruct*>& GetStructs() const noexcept { return structs_; }
+    [[nodiscard]] const std::vector<const SymbolEnum*>& GetEnums() const noexcept { return enums_; }
 
  private:
     std::set<std::string> seen_;
     std::vector<const SymbolStruct*> structs_;
+    std::vector<const SymbolEnum*> enums_;
 };
 
 /// Orders the variables by name, then by scope; the separator is in no name.
@@ -190,10 +203,30 @@ std::vector<const SymbolVariable*> CSymbolMap::FindTwoByName(std::string_view na
 }
 
 std::vector<const SymbolStruct*> CSymbolMap::CollectStructs() const {
-    CStructCollector collector;
-    for (const SymbolVariable& variable : variables_)
-        collector.Collect(variable.type);
-    return collector.GetStructs();
+    return CStructCollector(*this).GetStructs();
+}
+
+std::vector<const SymbolEnum*> CSymbolMap::CollectEnums() const {
+    return CStructCollector(*this).GetEnums();
+}
+
+const SymbolPou* CSymbolMap::FindPou(std::uint32_t codeOffset) const noexcept {
+    const auto above =
+        std::upper_bound(pous_.begin(), pous_.end(), codeOffset,
+                         [](std::uint32_t offset, const SymbolPou& pou) { return offset < pou.codeOffset; });
+    if (above == pous_.begin()) return nullptr;
+    const SymbolPou& pou = *(above - 1);
+    return codeOffset - pou.codeOffset < pou.codeSize ? &pou : nullptr;
+}
+
+const std::string* CSymbolMap::FindValueName(const SymbolType& type, const CValue& value) noexcept {
+    if (!type.IsEnum() || value.GetType() != type.elementary) return nullptr;
+    const TypeInfo& info = GetTypeInfo(type.elementary);
+    const unsigned int unused = 64U - info.size * 8U;
+    const std::uint64_t shifted = value.GetPayload<std::uint64_t>() << unused;
+    const bool isSigned = info.payload == PayloadKind::Signed;
+    return type.enumeration->FindName(isSigned ? static_cast<std::int64_t>(shifted) >> unused
+                                               : static_cast<std::int64_t>(shifted >> unused));
 }
 
 bool CSymbolMap::Find(std::string_view path, SymbolReference& out, std::string& error) const {

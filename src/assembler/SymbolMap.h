@@ -7,6 +7,7 @@
 #include <string_view>
 #include <vector>
 
+#include "assembler/SymbolProject.h"
 #include "assembler/SymbolType.h"
 #include "value/PointerValue.h"
 
@@ -47,7 +48,8 @@ struct SymbolReference {
     SymbolType type{};
 };
 
-/// The names of an image: variables with place and type, named code, and which source line made which instruction. The
+/// The names of an image: variables with place and type, named code, which source line made which instruction, and what
+/// a compiler adds of the project: its units, tasks, retained data and tags. The
 /// image itself knows none of them. Kept as JSON text in a file beside the image (docs/assembler.md has the format).
 /// Names are found without regard to ASCII case.
 class CSymbolMap {
@@ -62,6 +64,10 @@ class CSymbolMap {
     /// Returns the index of a file, which is added when it is new.
     std::uint32_t AddFile(std::string_view file);
     void AddPosition(const SymbolPosition& position) { positions_.push_back(position); }
+    void AddPou(SymbolPou pou) { pous_.push_back(std::move(pou)); }
+    void AddTask(SymbolTask task) { tasks_.push_back(std::move(task)); }
+    void AddRetained(SymbolRetained retained) { retained_.push_back(std::move(retained)); }
+    void AddTag(SymbolTag tag) { tags_.push_back(std::move(tag)); }
     void Clear();
 
     [[nodiscard]] const std::vector<SymbolVariable>& GetVariables() const noexcept { return variables_; }
@@ -72,8 +78,19 @@ class CSymbolMap {
     /// must have been added by ascending code offset.
     [[nodiscard]] const SymbolPosition* FindPosition(std::uint32_t codeOffset) const noexcept;
 
-    /// The structures that the variables are made of, each behind those that it contains.
+    /// In the order of their code.
+    [[nodiscard]] const std::vector<SymbolPou>& GetPous() const noexcept { return pous_; }
+    [[nodiscard]] const std::vector<SymbolTask>& GetTasks() const noexcept { return tasks_; }
+    [[nodiscard]] const std::vector<SymbolRetained>& GetRetained() const noexcept { return retained_; }
+    [[nodiscard]] const std::vector<SymbolTag>& GetTags() const noexcept { return tags_; }
+    /// The unit whose code an offset lies in; null when there is none. Units must have been added by ascending code
+    /// offset.
+    [[nodiscard]] const SymbolPou* FindPou(std::uint32_t codeOffset) const noexcept;
+
+    /// The structures that the variables are made of, those of units included, each behind those that it contains.
     [[nodiscard]] std::vector<const SymbolStruct*> CollectStructs() const;
+    /// The enumerations among their types.
+    [[nodiscard]] std::vector<const SymbolEnum*> CollectEnums() const;
 
     /// The map as JSON text, ended by a line feed.
     [[nodiscard]] std::string Save() const;
@@ -93,6 +110,8 @@ class CSymbolMap {
                                         CValue& out, std::string& error);
     [[nodiscard]] static bool ReadValue(const SymbolReference& reference, const CMemoryBlock& block, CValue& out,
                                         std::string& error);
+    /// The name that an enumeration has for a value; null where it has none, and for other types.
+    [[nodiscard]] static const std::string* FindValueName(const SymbolType& type, const CValue& value) noexcept;
 
  private:
     [[nodiscard]] const SymbolVariable* FindVariable(std::string_view scope, std::string_view name) const;
@@ -105,4 +124,8 @@ class CSymbolMap {
     std::vector<SymbolLabel> labels_;
     std::vector<std::string> files_;
     std::vector<SymbolPosition> positions_;
+    std::vector<SymbolPou> pous_;
+    std::vector<SymbolTask> tasks_;
+    std::vector<SymbolRetained> retained_;
+    std::vector<SymbolTag> tags_;
 };

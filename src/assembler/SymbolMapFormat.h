@@ -19,6 +19,15 @@ inline constexpr std::array<std::string_view, 7> kLocationNames = {"null", "glob
 inline constexpr std::array<std::string_view, 5> kLabelKindNames = {"label", "function", "program", "expression",
                                                                     "codeblock"};
 
+/// Index = SymbolPou::Kind.
+inline constexpr std::array<std::string_view, 5> kPouKindNames = {"program", "function", "functionblock", "method",
+                                                                  "action"};
+/// Index = SymbolLocal::Place.
+inline constexpr std::array<std::string_view, 8> kPlaceNames = {"global", "constant", "instance",    "instancepointer",
+                                                                "temp",   "slot",     "slotpointer", "tag"};
+/// Whether a retained range is kept over a download too: index = SymbolRetained::isPersistent.
+inline constexpr std::array<std::string_view, 2> kRetainedNames = {"retain", "persistent"};
+
 [[nodiscard]] constexpr std::string_view GetLocationName(LocationKind location) noexcept {
     return kLocationNames[static_cast<std::size_t>(location) % kLocationNames.size()];
 }

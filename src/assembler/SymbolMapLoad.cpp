@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <charconv>
 #include <limits>
 #include <optional>
 
@@ -9,6 +10,7 @@
 #include "platform/ErrorLog.h"
 #include "platform/FormatText.h"
 #include "platform/JSONValue.h"
+#include "value/TypeTable.h"
 
 namespace {
 
@@ -44,10 +46,12 @@ class CMapReader {
         std::uint32_t version = 0;
         if (!ReadNumber(root, "version", version)) return false;
         if (version != symbolmap::kVersion) return Fail(FormatText("unknown version %u", version));
-        return ReadList(root, "types", &CMapReader::ReadStruct) &&
+        return ReadList(root, "enums", &CMapReader::ReadEnum) && ReadList(root, "types", &CMapReader::ReadStruct) &&
                ReadList(root, "variables", &CMapReader::ReadVariable) &&
                ReadList(root, "labels", &CMapReader::ReadLabel) && ReadList(root, "files", &CMapReader::ReadFile) &&
-               ReadList(root, "positions", &CMapReader::ReadPosition);
+               ReadList(root, "positions", &CMapReader::ReadPosition) && ReadList(root, "pous", &CMapReader::ReadPou) &&
+               ReadList(root, "tasks", &CMapReader::ReadTask) &&
+               ReadList(root, "retained", &CMapReader::ReadRetained) && ReadList(root, "tags", &CMapReader::ReadTag);
     }
 
  private:
@@ -176,6 +180,122 @@ class CMapReader {
         if (!before.empty() && before.back().codeOffset > position.codeOffset)
             return Fail("the code offsets do not ascend");
         map_.AddPosition(position);
+        return true;
+    }
+
+    /// A whole number of 64 bits is written as text: a JSON number does not hold all of them.
+    bool ReadLong(const JSONValue& object, std::string_view name, std::int64_t& out) {
+        std::string text;
+        if (!ReadText(object, name, text)) return false;
+        const auto [end, status] = std::from_chars(text.data(), text.data() + text.size(), out);
+        if (status == std::errc() && end == text.data() + text.size()) return true;
+        return Fail(FormatText("'%s': a whole number expected", name));
+    }
+
+    bool ReadLong(const JSONValue& object, std::string_view name, std::optional<std::int64_t>& out) {
+        std::int64_t number = 0;
+        if (object.Find(name) == nullptr) return true;
+        if (!ReadLong(object, name, number)) return false;
+        out = number;
+        return true;
+    }
+
+    template <typename T, std::size_t kCount>
+    bool ReadWord(const JSONValue& object, std::string_view name, const std::array<std::string_view, kCount>& words,
+                  T& out) {
+        std::string word;
+        if (!ReadText(object, name, word)) return false;
+        const auto found = FindWord(words, word);
+        if (!found) return Fail(FormatText("unknown %s '%s'", name, word));
+        out = static_cast<T>(*found);
+        return true;
+    }
+
+    bool ReadElementary(const JSONValue& object, std::string_view name, ElementaryType& out) {
+        std::string text;
+        if (!ReadText(object, name, text)) return false;
+        const int code = FindTypeCode(text);
+        out = static_cast<ElementaryType>(code);
+        return (code > 0 && GetTypeInfo(out).type == out) || Fail(FormatText("unknown type '%s'", text));
+    }
+
+    bool ReadEnum(const JSONValue& element) {
+        auto enumeration = std::make_shared<SymbolEnum>();
+        if (!ReadName(element, enumeration->name) || !ReadElementary(element, "base", enumeration->base)) return false;
+        if (GetTypeInfo(enumeration->base).size == 0) return Fail("an enumeration needs a base of fixed size");
+        const JSONValue* values = element.Find("values");
+        if (values == nullptr) return Fail("'values' is missing");
+        for (const JSONValue& value : values->GetElements()) {
+            SymbolEnum::Value& entry = enumeration->values.emplace_back();
+            if (!ReadName(value, entry.name) || !ReadLong(value, "value", entry.number)) return false;
+        }
+        const std::string name = enumeration->name;
+        return structs_.Add(std::move(enumeration)) || Fail(FormatText("'%s' is there twice", name));
+    }
+
+    bool ReadLocal(const JSONValue& element, SymbolPou& pou) {
+        SymbolLocal& local = pou.variables.emplace_back();
+        return ReadName(element, local.name) && ReadWord(element, "place", symbolmap::kPlaceNames, local.place) &&
+               ReadNumber(element, "offset", local.offset) &&
+               (local.place != SymbolLocal::Place::Tag || ReadNumber(element, "tag", local.tagId)) &&
+               ReadTypeText(element, local.type);
+    }
+
+    bool ReadPou(const JSONValue& element) {
+        SymbolPou pou;
+        if (!ReadWord(element, "kind", symbolmap::kPouKindNames, pou.kind) || !ReadText(element, "name", pou.name) ||
+            !ReadNumber(element, "offset", pou.codeOffset) || !ReadNumber(element, "size", pou.codeSize))
+            return false;
+        if (element.Find("line") != nullptr &&
+            (!ReadNumber(element, "line", pou.line) || !ReadNumber(element, "file", pou.file)))
+            return false;
+        if (pou.line != 0 && pou.file >= map_.GetFiles().size()) return Fail("there is no such file");
+        const auto& before = map_.GetPous();
+        if (!before.empty() && before.back().codeOffset > pou.codeOffset) return Fail("the code offsets do not ascend");
+        if (const JSONValue* variables = element.Find("variables"); variables != nullptr) {
+            for (const JSONValue& variable : variables->GetElements()) {
+                if (!ReadLocal(variable, pou)) return false;
+            }
+        }
+        map_.AddPou(std::move(pou));
+        return true;
+    }
+
+    bool ReadTask(const JSONValue& element) {
+        SymbolTask task;
+        if (!ReadName(element, task.name) || !ReadLong(element, "interval", task.intervalMs) ||
+            !ReadLong(element, "priority", task.priority))
+            return false;
+        if (element.Find("single") != nullptr && !ReadText(element, "single", task.single)) return false;
+        if (const JSONValue* programs = element.Find("programs"); programs != nullptr) {
+            for (const JSONValue& program : programs->GetElements()) {
+                if (!program.IsString()) return Fail("'programs': a text expected");
+                task.programs.push_back(program.GetString());
+            }
+        }
+        map_.AddTask(std::move(task));
+        return true;
+    }
+
+    bool ReadRetained(const JSONValue& element) {
+        SymbolRetained retained;
+        if (!ReadText(element, "name", retained.name) || !ReadNumber(element, "offset", retained.offset) ||
+            !ReadNumber(element, "size", retained.size) ||
+            !ReadWord(element, "kind", symbolmap::kRetainedNames, retained.isPersistent))
+            return false;
+        if (retained.size > kHighest32 - retained.offset) return Fail("the range leaves the memory");
+        map_.AddRetained(std::move(retained));
+        return true;
+    }
+
+    bool ReadTag(const JSONValue& element) {
+        SymbolTag tag;
+        if (!ReadText(element, "address", tag.address) || !ReadNumber(element, "tag", tag.tagId) ||
+            !ReadNumber(element, "offset", tag.offset) || !ReadElementary(element, "type", tag.type))
+            return false;
+        const JSONValue* readOnly = element.Find("readonly");
+        tag.isReadOnly = readOnly != nullptr && readOnly->GetBoolean();
+        map_.AddTag(std::move(tag));
         return true;
     }
 

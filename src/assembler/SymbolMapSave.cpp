@@ -58,6 +58,55 @@ std::string FormatLabel(const SymbolLabel& label) {
                       Quote(label.name), label.codeOffset);
 }
 
+std::string FormatEnum(const SymbolEnum* enumeration) {
+    std::string values;
+    for (const SymbolEnum::Value& value : enumeration->values)
+        values += FormatText("%s{\"name\":%s,\"value\":\"%lld\"}", values.empty() ? "" : ",", Quote(value.name),
+                             value.number);
+    return FormatText("{\"name\":%s,\"base\":%s,\"values\":[%s]}", Quote(enumeration->name),
+                      Quote(SymbolType::MakeElementary(enumeration->base).GetText()), values);
+}
+
+std::string FormatLocal(const SymbolLocal& local) {
+    std::string text = FormatText("{\"name\":%s,\"place\":%s,", Quote(local.name),
+                                  Quote(symbolmap::kPlaceNames[static_cast<std::size_t>(local.place)]));
+    if (local.place == SymbolLocal::Place::Tag) text += FormatText("\"tag\":%u,", local.tagId);
+    return text + FormatText("\"offset\":%u,\"type\":%s}", local.offset, Quote(local.type.GetText()));
+}
+
+std::string FormatPou(const SymbolPou& pou) {
+    std::string text = FormatText("{\"kind\":%s,\"name\":%s,\"offset\":%u,\"size\":%u,",
+                                  Quote(symbolmap::kPouKindNames[static_cast<std::size_t>(pou.kind)]), Quote(pou.name),
+                                  pou.codeOffset, pou.codeSize);
+    if (pou.line != 0) text += FormatText("\"file\":%u,\"line\":%u,", pou.file, pou.line);
+    std::string variables;
+    for (const SymbolLocal& local : pou.variables)
+        variables += (variables.empty() ? "" : ",") + FormatLocal(local);
+    return text + FormatText("\"variables\":[%s]}", variables);
+}
+
+std::string FormatTask(const SymbolTask& task) {
+    std::string text = FormatText("{\"name\":%s,", Quote(task.name));
+    if (task.intervalMs) text += FormatText("\"interval\":\"%lld\",", *task.intervalMs);
+    if (task.priority) text += FormatText("\"priority\":\"%lld\",", *task.priority);
+    if (!task.single.empty()) text += FormatText("\"single\":%s,", Quote(task.single));
+    std::string programs;
+    for (const std::string& program : task.programs)
+        programs += (programs.empty() ? "" : ",") + Quote(program);
+    return text + FormatText("\"programs\":[%s]}", programs);
+}
+
+std::string FormatRetained(const SymbolRetained& retained) {
+    return FormatText("{\"name\":%s,\"offset\":%u,\"size\":%u,\"kind\":%s}", Quote(retained.name), retained.offset,
+                      retained.size, Quote(symbolmap::kRetainedNames[retained.isPersistent ? 1 : 0]));
+}
+
+std::string FormatTag(const SymbolTag& tag) {
+    return FormatText("{\"address\":%s,\"tag\":%u,\"offset\":%u,\"type\":%s,\"readonly\":%s}", Quote(tag.address),
+                      tag.tagId, tag.offset, Quote(SymbolType::MakeElementary(tag.type).GetText()),
+                      tag.isReadOnly ? "true" : "false");
+}
+
 std::string FormatPosition(const SymbolPosition& position) {
     return FormatText("[%u,%u,%u,%u]", position.codeOffset, position.file, position.line, position.column);
 }
@@ -66,10 +115,15 @@ std::string FormatPosition(const SymbolPosition& position) {
 
 std::string CSymbolMap::Save() const {
     std::string out = FormatText("{\"format\":\"%s\",\n\"version\":%u", symbolmap::kFormatName, symbolmap::kVersion);
+    if (const auto enums = CollectEnums(); !enums.empty()) AppendArray(out, "enums", enums, FormatEnum);
     AppendArray(out, "types", CollectStructs(), FormatStruct);
     AppendArray(out, "variables", variables_, FormatVariable);
     AppendArray(out, "labels", labels_, FormatLabel);
     AppendArray(out, "files", files_, Quote);
     AppendArray(out, "positions", positions_, FormatPosition);
+    if (!pous_.empty()) AppendArray(out, "pous", pous_, FormatPou);
+    if (!tasks_.empty()) AppendArray(out, "tasks", tasks_, FormatTask);
+    if (!retained_.empty()) AppendArray(out, "retained", retained_, FormatRetained);
+    if (!tags_.empty()) AppendArray(out, "tags", tags_, FormatTag);
     return out + "}\n";
 }

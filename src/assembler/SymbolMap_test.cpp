@@ -316,4 +316,129 @@ TEST(SymbolType, StandardBlocksHaveTheSizesOfTheLibrary) {
     EXPECT_EQ(FindStandardBlockStruct("TON")->FindMember("START")->offset, 20U);
 }
 
+/// What a compiler adds.
+CSymbolMap MakeProjectMap() {
+    CSymbolMap map = MakeMap();
+    auto color = std::make_shared<SymbolEnum>();
+    color->name = "Color";
+    color->base = SInt;
+    color->values = {{"RED", 0}, {"GREEN", 5}, {"NONE", -1}};
+    auto mask = std::make_shared<SymbolEnum>();
+    mask->name = "Mask";
+    mask->base = ULInt;
+    mask->values = {{"ALL", -1}};
+    map.AddVariable({"Main", "color", LocationKind::Global, 80, 0, SymbolType::MakeEnum(color)});
+    const SymbolType colors = SymbolType::MakeArray({{0, 1}}, SymbolType::MakeEnum(color));
+    SymbolPou program{SymbolPou::Kind::Program, "Main", 0, 40, 0, 2, {}};
+    program.variables = {{"colors", SymbolLocal::Place::Temp, 4, 0, colors},
+                         {"mask", SymbolLocal::Place::Slot, 1, 0, SymbolType::MakeEnum(mask)},
+                         {"valve", SymbolLocal::Place::Tag, 2, 7, SymbolType::MakeElementary(Bool)}};
+    map.AddPou(program);
+    map.AddPou({SymbolPou::Kind::Method, "Motor.Start", 40, 9, 0, 0, {}});
+    map.AddTask({"Fast", 10, -1, "", {"Main", "Other"}});
+    map.AddTask({"Event", {}, {}, "trigger", {}});
+    map.AddRetained({"Main.count", 12, 4, false});
+    map.AddRetained({"level", 0, 4, true});
+    map.AddTag({"IX0.1", 7, 2, Bool, true});
+    return map;
+}
+
+TEST(SymbolMapProject, SavedMapLoadsWithEverything) {
+    const CSymbolMap map = MakeProjectMap();
+    CSymbolMap loaded;
+    std::string error;
+    ASSERT_TRUE(loaded.Load(map.Save(), error)) << error;
+    EXPECT_EQ(loaded.Save(), map.Save());
+    ASSERT_EQ(loaded.GetPous().size(), 2U);
+    const SymbolPou& program = loaded.GetPous()[0];
+    EXPECT_EQ(program.line, 2U);
+    ASSERT_EQ(program.variables.size(), 3U);
+    EXPECT_EQ(program.variables[0].place, SymbolLocal::Place::Temp);
+    EXPECT_EQ(program.variables[0].type.GetText(), "ARRAY[0..1] OF Color");
+    EXPECT_EQ(program.variables[2].tagId, 7U);
+    EXPECT_EQ(loaded.GetPous()[1].kind, SymbolPou::Kind::Method);
+    EXPECT_EQ(loaded.GetPous()[1].line, 0U);
+    ASSERT_EQ(loaded.GetTasks().size(), 2U);
+    EXPECT_EQ(loaded.GetTasks()[0].intervalMs, 10);
+    EXPECT_EQ(loaded.GetTasks()[0].priority, -1);
+    EXPECT_THAT(loaded.GetTasks()[0].programs, testing::ElementsAre("Main", "Other"));
+    EXPECT_FALSE(loaded.GetTasks()[1].intervalMs.has_value());
+    EXPECT_EQ(loaded.GetTasks()[1].single, "trigger");
+    ASSERT_EQ(loaded.GetRetained().size(), 2U);
+    EXPECT_FALSE(loaded.GetRetained()[0].isPersistent);
+    EXPECT_TRUE(loaded.GetRetained()[1].isPersistent);
+    ASSERT_EQ(loaded.GetTags().size(), 1U);
+    EXPECT_TRUE(loaded.GetTags()[0].isReadOnly);
+    EXPECT_EQ(loaded.GetTags()[0].address, "IX0.1");
+}
+
+TEST(SymbolMapProject, CodeOffsetsLeadToTheUnit) {
+    const CSymbolMap map = MakeProjectMap();
+    EXPECT_EQ(map.FindPou(0)->name, "Main");
+    EXPECT_EQ(map.FindPou(39)->name, "Main");
+    EXPECT_EQ(map.FindPou(48)->name, "Motor.Start");
+    EXPECT_EQ(map.FindPou(49), nullptr);
+    EXPECT_EQ(CSymbolMap().FindPou(0), nullptr);
+}
+
+TEST(SymbolMapProject, ValuesOfEnumerationsHaveNames) {
+    const CSymbolMap map = MakeProjectMap();
+    SymbolReference color;
+    std::string error;
+    ASSERT_TRUE(map.Find("Main.color", color, error)) << error;
+    EXPECT_EQ(color.type.GetText(), "Color");
+    EXPECT_EQ(color.type.GetSize(), 1U);
+    CValue value;
+    value.SetInteger(-1, SInt);
+    ASSERT_NE(CSymbolMap::FindValueName(color.type, value), nullptr);
+    EXPECT_EQ(*CSymbolMap::FindValueName(color.type, value), "NONE");
+    value.SetInteger(4, SInt);
+    EXPECT_EQ(CSymbolMap::FindValueName(color.type, value), nullptr);
+    value.SetInteger(5, Int);
+    EXPECT_EQ(CSymbolMap::FindValueName(color.type, value), nullptr) << "another type";
+    const SymbolType& mask = map.GetPous()[0].variables[1].type;
+    value.SetInteger(-1, ULInt);
+    EXPECT_EQ(*CSymbolMap::FindValueName(mask, value), "ALL") << "bits of an unsigned number";
+}
+
+TEST(SymbolMapProject, MistakesAreRefusedWithTheirPlace) {
+    struct Row {
+        const char* members;
+        const char* error;
+    };
+    const Row rows[] = {
+        {R"("enums":[{"name":"E","base":"STRING","values":[]}])",
+         "enums[0]: an enumeration needs a base of fixed size"},
+        {R"("enums":[{"name":"E","base":"ANY_INT","values":[]}])", "enums[0]: unknown type 'ANY_INT'"},
+        {R"("enums":[{"name":"E","base":"INT","values":[{"name":"A","value":"x"}]}])",
+         "enums[0]: 'value': a whole number expected"},
+        {R"("enums":[{"name":"E","base":"INT","values":[]},{"name":"e","base":"INT","values":[]}])",
+         "enums[1]: 'e' is there twice"},
+        {R"("enums":[{"name":"E","base":"INT","values":[]}],"types":[{"name":"E","size":0,"members":[]}])",
+         "types[0]: 'E' is there twice"},
+        {R"("pous":[{"kind":"x","name":"P","offset":0,"size":1}])", "pous[0]: unknown kind 'x'"},
+        {R"("pous":[{"kind":"program","name":"P","offset":0,"size":1,"line":3,"file":0}])",
+         "pous[0]: there is no such file"},
+        {R"("pous":[{"kind":"program","name":"P","offset":5,"size":1},{"kind":"program","name":"Q","offset":4,"size":1}])",
+         "pous[1]: the code offsets do not ascend"},
+        {R"("pous":[{"kind":"program","name":"P","offset":0,"size":1,"variables":[{"name":"v","place":"here"}]}])",
+         "pous[0]: unknown place 'here'"},
+        {R"("tasks":[{"name":"T","interval":5}])", "tasks[0]: 'interval' is missing or no text"},
+        {R"("tasks":[{"name":"T","programs":[1]}])", "tasks[0]: 'programs': a text expected"},
+        {R"("retained":[{"name":"v","offset":4294967294,"size":1,"kind":"retain"}])", nullptr},
+        {R"("retained":[{"name":"v","offset":4294967295,"size":1,"kind":"retain"}])",
+         "retained[0]: the range leaves the memory"},
+        {R"("retained":[{"name":"v","offset":0,"size":2,"kind":"kept"}])", "retained[0]: unknown kind 'kept'"},
+        {R"("tags":[{"address":"a","tag":1,"offset":0,"type":"BOOLE"}])", "tags[0]: unknown type 'BOOLE'"},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.members);
+        CSymbolMap map;
+        std::string error;
+        const std::string text = std::string(R"({"format":"tn61131-map","version":1,)") + row.members + "}";
+        EXPECT_EQ(map.Load(text, error), row.error == nullptr);
+        EXPECT_EQ(error, row.error == nullptr ? "" : row.error);
+    }
+}
+
 }  // namespace

@@ -81,6 +81,18 @@ SymbolType SymbolType::MakeStruct(std::shared_ptr<const SymbolStruct> structure)
     return result;
 }
 
+SymbolType SymbolType::MakeEnum(std::shared_ptr<const SymbolEnum> enumeration) {
+    SymbolType result = MakeElementary(enumeration->base);
+    result.enumeration = std::move(enumeration);
+    return result;
+}
+
+const std::string* SymbolEnum::FindName(std::int64_t number) const noexcept {
+    const auto found =
+        std::find_if(values.begin(), values.end(), [number](const Value& value) { return value.number == number; });
+    return found == values.end() ? nullptr : &found->name;
+}
+
 std::uint64_t SymbolType::GetElementCount() const noexcept {
     std::uint64_t count = 1;
     for (const Range& range : dimensions) {
@@ -103,6 +115,7 @@ std::uint32_t SymbolType::GetDepth() const noexcept {
 
 std::string SymbolType::GetText() const {
     if (IsStruct()) return structure->name;
+    if (IsEnum()) return enumeration->name;
     if (!IsArray()) {
         const char* name = CValueType(elementary).GetTypeName(false);
         return IsString() ? FormatText("%s[%u]", name, length) : std::string(name);

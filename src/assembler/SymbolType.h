@@ -8,10 +8,11 @@
 
 #include "value/ElementaryType.h"
 
+struct SymbolEnum;
 struct SymbolStruct;
 
-/// The type of a variable as tools show it: elementary, a string of a declared length, an array, or a structure. A
-/// value; structures and array elements are shared and never change.
+/// The type of a variable as tools show it: elementary, an enumeration, a string of a declared length, an array, or a
+/// structure. A value; enumerations, structures and array elements are shared and never change.
 struct SymbolType {
     /// One dimension of an array, both ends included.
     struct Range {
@@ -27,15 +28,18 @@ struct SymbolType {
     std::vector<Range> dimensions;                          ///< of an array, outermost first
     std::shared_ptr<const SymbolType> element;              ///< of an array
     std::shared_ptr<const SymbolStruct> structure;
+    std::shared_ptr<const SymbolEnum> enumeration;  ///< of an enumeration, whose base is `elementary`
 
     [[nodiscard]] static SymbolType MakeElementary(ElementaryType type);
     /// STRING or WSTRING of `length` units.
     [[nodiscard]] static SymbolType MakeString(ElementaryType type, std::uint16_t length);
     [[nodiscard]] static SymbolType MakeArray(std::vector<Range> dimensions, SymbolType element);
     [[nodiscard]] static SymbolType MakeStruct(std::shared_ptr<const SymbolStruct> structure);
+    [[nodiscard]] static SymbolType MakeEnum(std::shared_ptr<const SymbolEnum> enumeration);
 
     [[nodiscard]] bool IsArray() const noexcept { return element != nullptr; }
     [[nodiscard]] bool IsStruct() const noexcept { return structure != nullptr; }
+    [[nodiscard]] bool IsEnum() const noexcept { return enumeration != nullptr; }
     [[nodiscard]] bool IsString() const noexcept {
         return elementary == ElementaryType::String || elementary == ElementaryType::WString;
     }
@@ -47,6 +51,20 @@ struct SymbolType {
     [[nodiscard]] std::uint32_t GetDepth() const noexcept;
     /// As structured text has it: "REAL", "STRING[20]", "ARRAY[0..9,1..2] OF TON".
     [[nodiscard]] std::string GetText() const;
+};
+
+/// Names for numbers.
+struct SymbolEnum {
+    struct Value {
+        std::string name{};
+        std::int64_t number = 0;  ///< of an unsigned base of 64 bits: its bits
+    };
+    std::string name{};
+    ElementaryType base = ElementaryType::Int;
+    std::vector<Value> values;
+
+    /// The first name of a number; null when there is none.
+    [[nodiscard]] const std::string* FindName(std::int64_t number) const noexcept;
 };
 
 struct SymbolMember {

@@ -81,6 +81,10 @@ class CTypeReader {
             out = SymbolType::MakeStruct(std::move(structure));
             return true;
         }
+        if (auto enumeration = structs_.FindEnum(name); enumeration != nullptr) {
+            out = SymbolType::MakeEnum(std::move(enumeration));
+            return true;
+        }
         const ElementaryType type = CValueType::FindType(name);
         out = SymbolType::MakeElementary(type);
         if (out.IsString()) return ReadStringLength(out);
@@ -111,7 +115,17 @@ class CTypeReader {
 
 bool CStructTable::Add(std::shared_ptr<const SymbolStruct> structure) {
     std::string name = FoldName(structure->name);
-    return structs_.emplace(std::move(name), std::move(structure)).second;
+    return !enums_.contains(name) && structs_.emplace(std::move(name), std::move(structure)).second;
+}
+
+bool CStructTable::Add(std::shared_ptr<const SymbolEnum> enumeration) {
+    std::string name = FoldName(enumeration->name);
+    return !structs_.contains(name) && enums_.emplace(std::move(name), std::move(enumeration)).second;
+}
+
+std::shared_ptr<const SymbolEnum> CStructTable::FindEnum(std::string_view name) const {
+    const auto found = enums_.find(FoldName(name));
+    return found == enums_.end() ? nullptr : found->second;
 }
 
 std::shared_ptr<const SymbolStruct> CStructTable::Find(std::string_view name) const {

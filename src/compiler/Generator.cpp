@@ -125,6 +125,7 @@ class ImageBuilder final : public RoutineNumbering {
     struct Placed {
         Routine routine;
         std::uint32_t codeOffset = 0;
+        std::uint32_t codeSize = 0;
     };
 
     [[nodiscard]] static Routine GetRoutineOf(const ProgramEntry& program) {
@@ -137,6 +138,7 @@ class ImageBuilder final : public RoutineNumbering {
         if (!generator_.Generate(routine, recursion_.MayRecur(*routine.pou), globalSize_)) return false;
         Append(generator_.GetProlog());
         Append(generator_.GetBody());
+        routines_[index].codeSize = static_cast<std::uint32_t>(image_.code.size()) - routines_[index].codeOffset;
         if (image_.code.size() <= kMaxCode && globalSize_ <= kMaxCode) return true;
         project_.diagnostics.Report(
             DiagnosticCode::ImageTooLarge,

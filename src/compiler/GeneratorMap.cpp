@@ -22,6 +22,7 @@ class MapTypes {
             case TypeKind::String:
                 return SymbolType::MakeString(type->storage, static_cast<const StringType&>(*type).capacity);
             case TypeKind::Array: return GetArray(static_cast<const ArrayType&>(*type));
+            case TypeKind::Enum: return GetEnum(static_cast<const EnumType&>(*type));
             case TypeKind::Struct:
             case TypeKind::FunctionBlock: return SymbolType::MakeStruct(GetStruct(*type));
             default: return SymbolType::MakeElementary(type->storage);
@@ -36,10 +37,32 @@ class MapTypes {
         return SymbolType::MakeArray(std::move(dimensions), Get(array.element));
     }
 
+    /// Enumerations without a name are shown as numbers.
+    SymbolType GetEnum(const EnumType& type) {
+        if (type.name == NameId::None) return SymbolType::MakeElementary(type.storage);
+        std::shared_ptr<const SymbolEnum>& known = enums_[&type];
+        if (known == nullptr) {
+            auto made = std::make_shared<SymbolEnum>();
+            made->name = MakeName(type);
+            made->base = type.storage;
+            for (const EnumMember& member : type.members)
+                made->values.push_back({std::string(names_.GetSpelling(member.name)), member.value});
+            known = std::move(made);
+        }
+        return SymbolType::MakeEnum(known);
+    }
+
+    /// The map has one list of names, so equal names of different scopes are told apart by a number.
+    std::string MakeName(const Type& type) {
+        std::string name(names_.GetSpelling(type.name));
+        const auto count = ++nameCounts_[type.name];
+        return count == 1 ? name : name + "__" + std::to_string(count);
+    }
+
     std::shared_ptr<const SymbolStruct> GetStruct(const Type& type) {
         if (const auto found = structs_.find(&type); found != structs_.end()) return found->second;
         auto made = std::make_shared<SymbolStruct>();
-        made->name = names_.GetSpelling(type.name);
+        made->name = MakeName(type);
         made->size = type.size;
         if (type.kind == TypeKind::Struct) {
             for (const Field& field : static_cast<const StructType&>(type).fields)
@@ -65,6 +88,8 @@ class MapTypes {
 
     const NameTable& names_;
     std::unordered_map<const Type*, std::shared_ptr<const SymbolStruct>> structs_;
+    std::unordered_map<const Type*, std::shared_ptr<const SymbolEnum>> enums_;
+    std::unordered_map<NameId, std::uint32_t> nameCounts_;
 };
 
 class MapBuilder {
@@ -103,6 +128,50 @@ class MapBuilder {
         }
     }
 
+    void AddPous(std::span<const PlacedRoutine> routines) {
+        for (const PlacedRoutine& routine : routines) {
+            if (routine.standalone == nullptr) map_.AddPou(MakePou(routine));
+        }
+    }
+
+    void AddTasks() {
+        for (const Task& task : project_.tasks) {
+            SymbolTask entry;
+            entry.name = GetText(task.name);
+            entry.intervalMs = task.intervalMs;
+            entry.priority = task.priority;
+            entry.single = task.single;
+            for (const ProgramEntry& program : project_.programs) {
+                if (program.task == task.name) entry.programs.push_back(GetText(program.name));
+            }
+            map_.AddTask(std::move(entry));
+        }
+    }
+
+    /// The ranges that a host keeps; neighbours of one kind stay apart, for their names.
+    void AddRetained() {
+        for (const Variable* variable : project_.globals)
+            AddRetainedVariable({}, *variable, 0);
+        for (const ProgramEntry& program : project_.programs) {
+            for (const Variable* variable : program.pou->variables)
+                AddRetainedVariable(GetText(program.name) + ".", *variable,
+                                    program.instanceOffset - program.pou->instanceOffset);
+        }
+        for (const Pou& pou : project_.pous) {
+            if (pou.kind == ast::PouKind::Program) continue;
+            for (const Variable* variable : pou.variables) {
+                // Of one place for all calls and instances; what instances hold is retained with them.
+                if (variable->storage.kind == StorageKind::Global && variable->section == ast::VarSection::Static)
+                    AddRetainedVariable(GetText(pou.name) + ".", *variable, 0);
+            }
+        }
+    }
+
+    void AddTags() {
+        for (const TagSymbol& tag : project_.options.tags)
+            map_.AddTag({tag.address, tag.tagId, tag.offset, tag.type, tag.readOnly});
+    }
+
     void AddPositions(std::span<const CodeBuffer::Position> positions) {
         const SourceManager& sources = project_.sources;
         std::vector<std::uint32_t> files(sources.GetFileCount());
@@ -120,6 +189,127 @@ class MapBuilder {
 
     void AddLabel(SymbolLabel::Kind kind, std::string name, std::uint32_t codeOffset) {
         map_.AddLabel({kind, std::move(name), codeOffset});
+    }
+
+    void AddRetainedVariable(const std::string& scope, const Variable& variable, std::uint32_t delta) {
+        if (variable.storage.kind != StorageKind::Global || variable.aliasOf != nullptr) return;
+        const std::string path = scope + GetText(variable.name);
+        if (variable.isRetain || variable.isPersistent) {
+            map_.AddRetained({path, variable.storage.offset + delta, variable.type->size, variable.isPersistent});
+            return;
+        }
+        AddRetainedParts(path, variable.type, variable.storage.offset + delta);
+    }
+
+    /// RETAIN inside of a function block is kept in every instance of it.
+    void AddRetainedParts(const std::string& path, const Type* type, std::uint32_t offset) {
+        type = Strip(type);
+        if (type->kind == TypeKind::Array && HasRetainedParts(type)) {
+            const auto& array = static_cast<const ArrayType&>(*type);
+            const std::uint32_t count = array.element->size == 0 ? 0 : array.size / array.element->size;
+            for (std::uint32_t i = 0; i < count; ++i)
+                AddRetainedParts(path + "[" + GetIndexText(array, i) + "]", array.element,
+                                 offset + i * array.element->size);
+        }
+        if (type->kind == TypeKind::Struct && HasRetainedParts(type)) {
+            for (const Field& field : static_cast<const StructType&>(*type).fields)
+                AddRetainedParts(path + "." + GetText(field.name), field.type, offset + field.offset);
+        }
+        if (type->kind != TypeKind::FunctionBlock) return;
+        const auto& block = static_cast<const FunctionBlockType&>(*type);
+        for (const Variable* variable : block.variables) {
+            if (variable->storage.kind != StorageKind::Instance) continue;
+            const std::string memberPath = path + "." + GetText(variable->name);
+            const std::uint32_t memberOffset = offset + variable->storage.offset;
+            if (variable->isRetain || variable->isPersistent) {
+                map_.AddRetained({memberPath, memberOffset, variable->type->size, variable->isPersistent});
+            } else {
+                AddRetainedParts(memberPath, variable->type, memberOffset);
+            }
+        }
+    }
+
+    bool HasRetainedParts(const Type* type) {
+        type = Strip(type);
+        if (const auto known = hasRetained_.find(type); known != hasRetained_.end()) return known->second;
+        bool has = false;
+        if (type->kind == TypeKind::Array) has = HasRetainedParts(static_cast<const ArrayType&>(*type).element);
+        if (type->kind == TypeKind::Struct) {
+            for (const Field& field : static_cast<const StructType&>(*type).fields)
+                has = has || HasRetainedParts(field.type);
+        }
+        if (type->kind == TypeKind::FunctionBlock) {
+            for (const Variable* variable : static_cast<const FunctionBlockType&>(*type).variables)
+                has = has || variable->isRetain || variable->isPersistent ||
+                      (variable->storage.kind == StorageKind::Instance && HasRetainedParts(variable->type));
+        }
+        return hasRetained_[type] = has;
+    }
+
+    [[nodiscard]] static std::string GetIndexText(const ArrayType& array, std::uint32_t position) {
+        std::string text;
+        for (std::size_t i = array.bounds.size(); i-- > 0;) {
+            const ArrayBound& bound = array.bounds[i];
+            const auto index = static_cast<std::int64_t>(position % bound.GetCount()) + bound.lower;
+            position /= bound.GetCount();
+            text.insert(0, (i == 0 ? "" : ",") + std::to_string(index));
+        }
+        return text;
+    }
+
+    [[nodiscard]] static SymbolPou::Kind GetKind(const Pou& pou) noexcept {
+        switch (pou.kind) {
+            case ast::PouKind::Program: return SymbolPou::Kind::Program;
+            case ast::PouKind::FunctionBlock: return SymbolPou::Kind::FunctionBlock;
+            case ast::PouKind::Action: return SymbolPou::Kind::Action;
+            case ast::PouKind::Function: return SymbolPou::Kind::Function;
+            default: return SymbolPou::Kind::Method;
+        }
+    }
+
+    SymbolPou MakePou(const PlacedRoutine& routine) {
+        const Pou& pou = *routine.pou;
+        SymbolPou entry;
+        entry.kind = GetKind(pou);
+        entry.name = (pou.container == nullptr ? "" : GetText(pou.container->name) + ".") + GetText(pou.name);
+        entry.codeOffset = routine.codeOffset;
+        entry.codeSize = routine.codeSize;
+        if (pou.declaration != nullptr) {
+            const SourceLocation location = project_.sources.Locate(pou.declaration->name.range.begin);
+            entry.file = location.line == 0 ? 0 : map_.AddFile(project_.sources.GetName(location.file));
+            entry.line = location.line;
+        }
+        for (const Variable* variable : pou.variables)
+            AddLocal(*variable, routine.instanceDelta, entry);
+        return entry;
+    }
+
+    void AddLocal(const Variable& variable, std::uint32_t delta, SymbolPou& pou) {
+        std::uint32_t offset = 0;
+        const Variable* stored = &variable;
+        for (; stored->aliasOf != nullptr; stored = stored->aliasOf)
+            offset += stored->aliasOffset;
+        SymbolLocal local;
+        local.name = GetText(variable.name);
+        local.offset = offset + stored->storage.offset;
+        local.tagId = stored->storage.tagId;
+        switch (stored->storage.kind) {
+            case StorageKind::Global:
+                local.place = SymbolLocal::Place::Global;
+                if (stored->section != ast::VarSection::Temp && stored->owner == variable.owner) local.offset += delta;
+                break;
+            case StorageKind::Constant: local.place = SymbolLocal::Place::Constant; break;
+            case StorageKind::Instance: local.place = SymbolLocal::Place::Instance; break;
+            case StorageKind::InstancePointer: local.place = SymbolLocal::Place::InstancePointer; break;
+            case StorageKind::Temp: local.place = SymbolLocal::Place::Temp; break;
+            case StorageKind::Slot: local.place = SymbolLocal::Place::Slot; break;
+            case StorageKind::SlotPointer: local.place = SymbolLocal::Place::SlotPointer; break;
+            case StorageKind::Tag: local.place = SymbolLocal::Place::Tag; break;
+            case StorageKind::Unassigned:
+            case StorageKind::None: return;
+        }
+        local.type = types_.Get(variable.type);
+        pou.variables.push_back(std::move(local));
     }
 
     void AddVariable(const std::string& scope, const Variable& variable, std::uint32_t delta) {
@@ -152,6 +342,7 @@ class MapBuilder {
     const Project& project_;
     CSymbolMap& map_;
     MapTypes types_;
+    std::unordered_map<const Type*, bool> hasRetained_;
 };
 
 }  // namespace
@@ -162,6 +353,10 @@ void FillSymbolMap(const Project& project, std::span<const PlacedRoutine> routin
     builder.AddVariables();
     builder.AddLabels(routines);
     builder.AddPositions(positions);
+    builder.AddPous(routines);
+    builder.AddTasks();
+    builder.AddRetained();
+    builder.AddTags();
 }
 
 }  // namespace tn61131::st

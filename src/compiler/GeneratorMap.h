@@ -15,6 +15,7 @@ struct PlacedRoutine {
     const Standalone* standalone = nullptr;  ///< null for POUs
     std::uint32_t instanceDelta = 0;
     std::uint32_t codeOffset = 0;
+    std::uint32_t codeSize = 0;
 };
 
 /// Names of a project's image: variables, routines, retained ranges, tasks, and the source position of every

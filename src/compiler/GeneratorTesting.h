@@ -61,9 +61,7 @@ class CompiledRun {
         return runResult == RunResult::Completed;
     }
     /// Message id of the last fault; 0 without.
-    [[nodiscard]] unsigned int GetFault() const {
-        return log_.GetEntries().empty() ? 0 : log_.GetEntries().back().id;
-    }
+    [[nodiscard]] unsigned int GetFault() const { return log_.GetEntries().empty() ? 0 : log_.GetEntries().back().id; }
     [[nodiscard]] std::string GetFaultText() const {
         return log_.GetEntries().empty() ? "" : log_.GetEntries().back().text;
     }

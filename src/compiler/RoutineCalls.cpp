@@ -174,7 +174,8 @@ void RoutineGenerator::CallBuiltIn(const CallBuiltInExpr& call) {
     }
     const SourceOffset before = code_.GetPosition();
     code_.SetPosition(call.range.begin);
-    code_.CallBuiltIn(call.withEno || call.enableOutput != nullptr, call.group, call.id, static_cast<std::uint32_t>(call.arguments.size()) + 1);
+    code_.CallBuiltIn(call.withEno || call.enableOutput != nullptr, call.group, call.id,
+                      static_cast<std::uint32_t>(call.arguments.size()) + 1);
     code_.SetPosition(before);
     if (call.enableOutput != nullptr) {
         code_.Push();
