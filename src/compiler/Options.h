@@ -49,7 +49,7 @@ struct StandaloneText {
 
 /// A directly located variable of the host: what %"address" and AT mean.
 struct TagSymbol {
-    std::string address;  ///< as between the quotes, or without the percent sign
+    std::string address{};  ///< as between the quotes, or without the percent sign
     std::uint32_t tagId = 0;
     std::uint16_t offset = 0;  ///< bytes within the tag
     ElementaryType type = ElementaryType::Undefined;

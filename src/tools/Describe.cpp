@@ -36,6 +36,10 @@ const SymbolLabel* FindOwner(const CSymbolMap& map, unsigned int codeOffset) {
 }  // namespace
 
 void WriteMessage(std::ostream& messages, const std::string& image, const ImageError& error) {
+    if (!error.rendering.empty()) {
+        messages << error.rendering;
+        return;
+    }
     messages << "tn61131: " << PrintableText(image) << ": ";
     if (error.id != 0) messages << "error " << error.id << ": ";
     if (!error.location.empty()) messages << PrintableText(error.location) << ": ";
@@ -85,13 +89,25 @@ std::string DescribeInstruction(const CVirtualMachine& machine, const CVirtualMa
     return text;
 }
 
-std::string DescribePlace(const CSymbolMap& map, unsigned int codeOffset) {
-    std::string place;
-    if (const SymbolLabel* owner = FindOwner(map, codeOffset)) place = "in " + (LabelWord(owner->kind) + owner->name);
+CodePlace FindPlace(const CSymbolMap& map, unsigned int codeOffset) {
+    CodePlace place;
+    if (const SymbolLabel* owner = FindOwner(map, codeOffset)) place.owner = LabelWord(owner->kind) + owner->name;
     const SymbolPosition* position = map.FindPosition(codeOffset);
-    if (position == nullptr || position->file >= map.GetFiles().size()) return place;
-    if (!place.empty()) place += ", ";
-    return place + map.GetFiles()[position->file] + ":" + std::to_string(position->line);
+    if (position != nullptr && position->file < map.GetFiles().size()) {
+        place.file = map.GetFiles()[position->file];
+        place.line = position->line;
+        place.column = position->column;
+    }
+    return place;
+}
+
+std::string DescribePlace(const CSymbolMap& map, unsigned int codeOffset) {
+    const CodePlace place = FindPlace(map, codeOffset);
+    std::string text = place.owner.empty() ? std::string() : "in " + place.owner;
+    if (place.file.empty()) return text;
+    if (!text.empty()) text += ", ";
+    text += place.file + ":" + std::to_string(place.line);
+    return place.column == 0 ? text : text + ":" + std::to_string(place.column);
 }
 
 }  // namespace tn61131

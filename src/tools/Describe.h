@@ -1,11 +1,13 @@
 #pragma once
 
+#include <cstdint>
 #include <iosfwd>
 #include <string>
 #include <string_view>
 
 #include "assembler/SymbolMap.h"
 #include "tools/LoadedImage.h"
+#include "vm/Opcodes.h"
 
 class CErrorLog;
 class CVirtualMachine;
@@ -25,6 +27,17 @@ void WriteRunMessages(std::ostream& messages, const std::string& image, const CE
 /// One instruction as the disassembler lists it, without the line end; what stands there instead when it is none.
 [[nodiscard]] std::string DescribeInstruction(const CVirtualMachine& machine, const CVirtualMachineExec& exec,
                                               unsigned int codeOffset);
+
+/// The code and the source line that an instruction belongs to, as far as the map knows them.
+struct CodePlace {
+    std::string owner;  ///< "function Scale"; empty where unknown
+    std::string file;   ///< empty where unknown
+    std::uint32_t line = 0;
+    std::uint32_t column = 0;  ///< 0 where unknown
+};
+/// Bytes of a call instruction: a return offset less these is the call.
+inline constexpr unsigned int kCallLength = kOpcodeTable[static_cast<std::size_t>(Opcode::Call)].FixedLength();
+[[nodiscard]] CodePlace FindPlace(const CSymbolMap& map, unsigned int codeOffset);
 
 /// "in function Scale, tank.tnasm:12": the code and the source line that an instruction belongs to, as far as known.
 [[nodiscard]] std::string DescribePlace(const CSymbolMap& map, unsigned int codeOffset);

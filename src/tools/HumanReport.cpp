@@ -6,7 +6,6 @@
 #include "platform/TextOutput.h"
 #include "tools/Describe.h"
 #include "tools/JsonWriter.h"
-#include "vm/Opcodes.h"
 #include "vm/VirtualMachineExec.h"
 
 namespace tn61131 {
@@ -75,7 +74,6 @@ void HumanReport::WriteErrors(const RunView& view) {
 
 void HumanReport::WriteCallChain(const RunView& view) {
     constexpr unsigned int kShown = 20;  // a runaway recursion has thousands
-    constexpr unsigned int kCallLength = kOpcodeTable[static_cast<std::size_t>(Opcode::Call)].FixedLength();
     const unsigned int depth = view.exec.GetCodeStackSize();
     for (unsigned int i = 0; i < std::min(depth, kShown); ++i) {
         const unsigned int returnOffset = view.exec.GetCodeStackReturnPC(static_cast<int>(depth - 1 - i));

@@ -1,5 +1,7 @@
 #include "tools/JsonReport.h"
 
+#include <algorithm>
+
 #include "platform/ErrorLog.h"
 #include "platform/TextOutput.h"
 #include "tools/Describe.h"
@@ -86,7 +88,31 @@ void JsonReport::WriteScan(const RunView& view, const ScanOutcome& outcome) {
         json_.Number(std::uint64_t{view.exec.GetCodeStackReturnPC(static_cast<int>(level))});
     json_.EndArray();
     WriteErrors(json_, view.log.GetEntries());
+    if (outcome.result != RunResult::Completed && view.image.GetMap() != nullptr) WritePlaces(view);
     if (!view.watched.empty()) WriteWatched(view);
+    json_.EndObject();
+}
+
+/// The failing instruction, then the calls that led to it, innermost first.
+void JsonReport::WritePlaces(const RunView& view) {
+    constexpr unsigned int kMaxPlaces = 100;
+    const unsigned int depth = view.exec.GetCodeStackSize();
+    json_.Key("places");
+    json_.BeginArray();
+    WritePlace(FindPlace(*view.image.GetMap(), view.exec.GetCurrentPC()));
+    for (unsigned int i = 0; i < std::min(depth, kMaxPlaces); ++i) {
+        const unsigned int returnOffset = view.exec.GetCodeStackReturnPC(static_cast<int>(depth - 1 - i));
+        WritePlace(FindPlace(*view.image.GetMap(), returnOffset - kCallLength));
+    }
+    json_.EndArray();
+}
+
+void JsonReport::WritePlace(const CodePlace& place) {
+    json_.BeginObject();
+    json_.Member("in", place.owner);
+    json_.Member("file", place.file);
+    json_.Member("line", std::uint64_t{place.line});
+    json_.Member("column", std::uint64_t{place.column});
     json_.EndObject();
 }
 

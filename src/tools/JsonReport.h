@@ -2,6 +2,7 @@
 
 #include <ostream>
 
+#include "tools/Describe.h"
 #include "tools/JsonWriter.h"
 #include "tools/RunReport.h"
 
@@ -20,6 +21,8 @@ class JsonReport final : public RunReport {
 
  private:
     void WriteScan(const RunView& view, const ScanOutcome& outcome);
+    void WritePlaces(const RunView& view);
+    void WritePlace(const CodePlace& place);
     void WriteWatched(const RunView& view);
 
     JsonWriter json_;

@@ -1,8 +1,11 @@
 #include "tools/LoadedImage.h"
 
+#include "assembler/Image.h"
+#include "compiler/Compiler.h"
 #include "platform/BinaryStream.h"
 #include "platform/ErrorLog.h"
 #include "tools/FileContent.h"
+#include "tools/ProjectFiles.h"
 
 namespace tn61131 {
 namespace {
@@ -12,6 +15,13 @@ bool Refuse(std::vector<ImageError>& errors, std::string text) {
     return false;
 }
 
+/// "FILE:LINE:COLUMN"; empty without a place.
+std::string PlaceText(const st::SourceManager& sources, const st::SourceRange& range) {
+    const st::SourceLocation place = sources.Locate(range.begin);
+    if (place.line == 0) return {};
+    return sources.GetName(place.file) + ":" + std::to_string(place.line) + ":" + std::to_string(place.column);
+}
+
 }  // namespace
 
 bool LoadedImage::Load(const std::string& path, const RunOptions& options, std::vector<ImageError>& errors) {
@@ -19,10 +29,41 @@ bool LoadedImage::Load(const std::string& path, const RunOptions& options, std::
     return LoadMachine(errors) && ChooseEntry(options, errors) && LoadTags(options, errors) && LoadMap(options, errors);
 }
 
+bool LoadedImage::Compile(const std::vector<std::string>& paths, const RunOptions& options,
+                          std::vector<ImageError>& errors, std::string& warnings) {
+    path_ = paths.front();
+    CompileArguments arguments = options.compile;
+    arguments.tagsFile = options.tagsFile;
+    st::CompileOptions compileOptions;
+    std::vector<st::SourceText> sources;
+    std::string error;
+    if (!MakeCompileOptions(arguments, compileOptions, error) || !ReadProjectFiles(paths, sources, error)) {
+        return Refuse(errors, error);
+    }
+    st::CompileResult result = st::Compile(std::move(sources), compileOptions);
+    for (const st::Diagnostic& diagnostic : result.diagnostics) {
+        std::string rendering = st::FormatDiagnostic(result.sources, diagnostic);
+        if (diagnostic.severity != st::Severity::Error) {
+            warnings += rendering;
+            continue;
+        }
+        errors.push_back({0, PlaceText(result.sources, diagnostic.range), diagnostic.text, std::move(rendering)});
+    }
+    if (!result.succeeded) return false;
+    map_ = std::move(result.map);
+    hasMap_ = true;
+    return LoadMachine(CImageWriter::Write(result.image), errors) && ChooseEntry(options, errors) &&
+           LoadTags(options, errors) && FindWatchedVariables(options, errors);
+}
+
 bool LoadedImage::LoadMachine(std::vector<ImageError>& errors) {
     std::string content;
     if (!ReadFileContent(path_, content)) return Refuse(errors, "The file cannot be read.");
-    CBinaryInputMemory input({reinterpret_cast<const unsigned char*>(content.data()), content.size()});
+    return LoadMachine({reinterpret_cast<const unsigned char*>(content.data()), content.size()}, errors);
+}
+
+bool LoadedImage::LoadMachine(std::span<const unsigned char> bytes, std::vector<ImageError>& errors) {
+    CBinaryInputMemory input(bytes);
     CErrorLog log;
     if (!machine_.LoadVMImage(log, input)) {
         for (const CErrorLog::Entry& entry : log.GetEntries())
@@ -87,6 +128,11 @@ bool LoadedImage::LoadMap(const RunOptions& options, std::vector<ImageError>& er
     if (!hasMap_ && (!options.mapFile.empty() || !options.watch.empty() || !options.traceFile.empty())) {
         return Refuse(errors, "Symbol map '" + mapFile + "': " + error + ".");
     }
+    return FindWatchedVariables(options, errors);
+}
+
+bool LoadedImage::FindWatchedVariables(const RunOptions& options, std::vector<ImageError>& errors) {
+    std::string error;
     return options.watch.empty() || FindWatched(map_, options.watch, watched_, error) || Refuse(errors, error);
 }
 

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <optional>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -19,6 +20,8 @@ struct ImageError {
     std::uint32_t id = 0;
     std::string location;
     std::string text;
+    /// How a person is to see it, with line ends; empty: made from the members above.
+    std::string rendering{};
 };
 
 /// An image with everything that a run of it needs. Contexts borrow from it: it must outlive them, and it does not
@@ -32,6 +35,9 @@ class LoadedImage {
     /// Reads the image and, as the options say, its map and its tags; chooses the entry point. False, with at least one
     /// error, when any of that fails: the image must not be run then.
     [[nodiscard]] bool Load(const std::string& path, const RunOptions& options, std::vector<ImageError>& errors);
+    /// The same for a project of structured text, which is compiled first. What its warnings say goes to `warnings`.
+    [[nodiscard]] bool Compile(const std::vector<std::string>& paths, const RunOptions& options,
+                               std::vector<ImageError>& errors, std::string& warnings);
 
     [[nodiscard]] const std::string& GetPath() const noexcept { return path_; }
     [[nodiscard]] CVirtualMachine& GetMachine() noexcept { return machine_; }
@@ -54,6 +60,8 @@ class LoadedImage {
 
  private:
     bool LoadMachine(std::vector<ImageError>& errors);
+    bool LoadMachine(std::span<const unsigned char> bytes, std::vector<ImageError>& errors);
+    bool FindWatchedVariables(const RunOptions& options, std::vector<ImageError>& errors);
     bool LoadMap(const RunOptions& options, std::vector<ImageError>& errors);
     bool LoadTags(const RunOptions& options, std::vector<ImageError>& errors);
     bool ChooseEntry(const RunOptions& options, std::vector<ImageError>& errors);

@@ -3,7 +3,9 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <iostream>
+#include <iterator>
 #include <memory>
+#include <utility>
 
 #include <unistd.h>
 
@@ -13,6 +15,7 @@
 #include "tools/Interrupt.h"
 #include "tools/JsonReport.h"
 #include "tools/Progress.h"
+#include "tools/ProjectFiles.h"
 #include "tools/Tool.h"
 #include "tools/Trace.h"
 #include "vm/VirtualMachineExec.h"
@@ -54,10 +57,29 @@ class ImageRunner {
     void Run(const std::string& path) {
         LoadedImage image;
         std::vector<ImageError> errors;
-        if (!image.Load(path, options_, errors)) {
+        if (image.Load(path, options_, errors)) {
+            Run(image);
+        } else {
             Refuse(path, errors);
-            return;
         }
+    }
+
+    /// Compiles structured text as one project and runs it.
+    void Run(const std::vector<std::string>& sources) {
+        LoadedImage image;
+        std::vector<ImageError> errors;
+        std::string warnings;
+        const bool compiled = image.Compile(sources, options_, errors, warnings);
+        messages_ << warnings;
+        if (compiled) {
+            Run(image);
+        } else {
+            Refuse(sources.front(), errors);
+        }
+    }
+
+    void Run(LoadedImage& image) {
+        const std::string& path = image.GetPath();
         Trace trace;
         if (!options_.traceFile.empty() && !trace.Open(options_.traceFile, ChooseTraced(image))) {
             Refuse(path, {TraceError()});
@@ -125,10 +147,30 @@ std::unique_ptr<RunReport> MakeReport(const RunOptions& options, std::ostream& o
     return std::make_unique<HumanReport>(output, messages, options);
 }
 
+/// An option that takes ID, or ID:TEXT for a text that the compiler is to add.
+CLI::Option* AddStandaloneOption(CLI::App& command, const std::string& name, const std::string& description,
+                                 std::optional<std::uint32_t>& id, std::vector<std::string>& texts) {
+    const auto take = [&id, &texts](const std::string& value) {
+        st::StandaloneText standalone;
+        std::string error;
+        const bool hasText = IsStandaloneText(value);
+        if (!ParseStandaloneText(hasText ? value : value + ":", standalone, error)) {
+            throw CLI::ConversionError("'" + value + "' is neither ID nor ID:TEXT");
+        }
+        id = standalone.id;
+        if (hasText) texts.push_back(value);
+    };
+    return command.add_option_function<std::string>(name, take, description)->type_name("ID");
+}
+
 void AddEntryOptions(CLI::App& command, RunOptions& options) {
     auto* program = command.add_option("--program", options.program, "run this program")->type_name("NAME");
-    auto* expression = command.add_option("--expression", options.expression, "run this expression")->type_name("ID");
-    auto* codeBlock = command.add_option("--code-block", options.codeBlock, "run this code block")->type_name("ID");
+    auto* expression =
+        AddStandaloneOption(command, "--expression", "run this expression; with its text, compile it first",
+                            options.expression, options.compile.expressions);
+    auto* codeBlock =
+        AddStandaloneOption(command, "--code-block", "run this code block; with its text, compile it first",
+                            options.codeBlock, options.compile.codeBlocks);
     program->excludes(expression)->excludes(codeBlock);
     expression->excludes(codeBlock);
 }
@@ -178,8 +220,16 @@ int RunImages(const RunOptions& options, std::ostream& output, std::ostream& mes
     const Interrupt interrupt;
     const std::unique_ptr<RunReport> report = MakeReport(options, output, messages);
     ImageRunner runner(options, *report, messages);
+    // A project runs where the first of its files stands among the images.
+    std::vector<std::string> sources;
+    std::copy_if(options.images.begin(), options.images.end(), std::back_inserter(sources), IsSourcePath);
+    bool projectIsDue = !sources.empty();
     for (const std::string& path : options.images) {
-        runner.Run(path);
+        if (!IsSourcePath(path)) {
+            runner.Run(path);
+        } else if (std::exchange(projectIsDue, false)) {
+            runner.Run(sources);
+        }
         if (runner.IsInterrupted()) break;
     }
     return runner.GetExitStatus();
@@ -187,9 +237,10 @@ int RunImages(const RunOptions& options, std::ostream& output, std::ostream& mes
 
 void AddRunCommand(CLI::App& app, int& exitStatus) {
     auto options = std::make_shared<RunOptions>();
-    CLI::App* command = app.add_subcommand("run", "Load images and execute them");
-    command->add_option("IMAGE", options->images, "image files")->required();
+    CLI::App* command = app.add_subcommand("run", "Execute images and structured text");
+    command->add_option("FILE", options->images, "images; files and folders of structured text")->required();
     AddEntryOptions(*command, *options);
+    AddDialectOptions(*command, options->compile);
     AddScanOptions(*command, *options);
     AddFileOptions(*command, *options);
     AddFormatOptions(*command, *options);

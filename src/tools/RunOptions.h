@@ -5,11 +5,14 @@
 #include <string>
 #include <vector>
 
+#include "tools/CompileArguments.h"
+
 namespace tn61131 {
 
 /// What `tn61131 run` was asked for.
 struct RunOptions {
-    std::vector<std::string> images;
+    std::vector<std::string> images;  ///< and structured text: all of it together is one project
+    CompileArguments compile;         ///< of the project; the tags file is `tagsFile`
     // The entry point: at most one of the three; none means the first program by name, else the lowest expression.
     std::optional<std::string> program;
     std::optional<std::uint32_t> expression;

@@ -1,9 +1,12 @@
 #include "tools/TagTable.h"
 
+#include <algorithm>
 #include <charconv>
 
+#include "assembler/SymbolType.h"
 #include "platform/ErrorLog.h"
 #include "platform/JSONValue.h"
+#include "value/TypeTable.h"
 #include "vm/MemoryRef.h"
 
 namespace tn61131 {
@@ -31,6 +34,7 @@ bool ParseHexBytes(std::string_view text, std::string& bytes) {
 
 bool TagTable::Load(std::string_view text, std::string& error) {
     tags_.clear();
+    symbols_.clear();
     COutputLogString log;
     JSONParseContext context(text, log);
     JSONValue file;
@@ -45,6 +49,7 @@ bool TagTable::Load(std::string_view text, std::string& error) {
     for (const JSONMember& member : file.GetMembers()) {
         if (LoadTag(member, error)) continue;
         tags_.clear();
+        symbols_.clear();
         return false;
     }
     return true;
@@ -60,10 +65,43 @@ bool TagTable::LoadTag(const JSONMember& member, std::string& error) {
     std::string bytes;
     if (!ParseDigits(member.name, 10, id)) {
         error = "'" + member.name + "' is no tag id";
+        return false;
+    }
+    if (member.value.Find("name") != nullptr && !LoadSymbol(id, member.value, error)) {
+        error = "tag " + member.name + ": " + error;
+        return false;
+    }
+    if (data == nullptr && !symbols_.empty() && symbols_.back().tagId == id) {
+        bytes.assign(symbols_.back().offset + std::size_t{GetTypeInfo(symbols_.back().type).size}, '\0');
     } else if (data == nullptr || !data->IsString() || !ParseHexBytes(data->GetString(), bytes)) {
         error = "tag " + member.name + " has no hexadecimal 'data'";
+        return false;
+    }
+    SetTag(id, bytes);
+    return true;
+}
+
+bool TagTable::LoadSymbol(std::uint32_t id, const JSONValue& tag, std::string& error) {
+    st::TagSymbol symbol{.address = tag.Find("name")->GetString(), .tagId = id};
+    const JSONValue* type = tag.Find("type");
+    const JSONValue* access = tag.Find("access");
+    const JSONValue* offset = tag.Find("offset");
+    for (const TypeInfo& row : kTypeTable) {
+        if (type != nullptr && row.size != 0 && IsSameName(row.name, type->GetString())) symbol.type = row.type;
+    }
+    if (symbol.address.empty()) {
+        error = "'name' is no text";
+    } else if (symbol.type == ElementaryType::Undefined) {
+        error = "'type' is no elementary type of a fixed size";
+    } else if (access != nullptr && access->GetString() != "read-only" && access->GetString() != "read-write") {
+        error = "'access' is neither \"read-only\" nor \"read-write\"";
+    } else if (offset != nullptr &&
+               !(offset->IsNumber() && offset->GetNumber() >= 0 && offset->GetNumber() <= 0xFFFF)) {
+        error = "'offset' is no number from 0 to 65535";
     } else {
-        SetTag(id, bytes);
+        symbol.readOnly = access != nullptr && access->GetString() == "read-only";
+        if (offset != nullptr) symbol.offset = static_cast<std::uint16_t>(offset->GetNumber());
+        symbols_.push_back(std::move(symbol));
         return true;
     }
     return false;
@@ -77,7 +115,10 @@ const CMemoryBlock* TagTable::FindTag(std::uint32_t id) const {
 bool TagTable::GetTagType(unsigned int tagId, DirectlyLocatedType& type) const {
     const CMemoryBlock* bytes = FindTag(tagId);
     if (bytes == nullptr) return false;
-    type = DirectlyLocatedType{.type = ElementaryType::Byte, .length = bytes->GetDataSize(), .readOnly = false};
+    const bool isReadOnly = std::any_of(symbols_.begin(), symbols_.end(), [&](const st::TagSymbol& symbol) {
+        return symbol.tagId == tagId && symbol.readOnly;
+    });
+    type = DirectlyLocatedType{.type = ElementaryType::Byte, .length = bytes->GetDataSize(), .readOnly = isReadOnly};
     return true;
 }
 

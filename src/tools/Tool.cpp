@@ -42,6 +42,8 @@ int RunTool(int argc, const char* const* argv) {
         AddLiteralCommand(app, exitStatus);
         AddTokensCommand(app, exitStatus);
         AddSelectCommand(app, exitStatus);
+        AddBuildCommand(app, exitStatus);
+        AddCheckCommand(app, exitStatus);
         try {
             app.parse(ArgumentsForParser(argc, argv));
         } catch (const CLI::ParseError& error) {

@@ -24,5 +24,7 @@ void AddDisCommand(CLI::App& app, int& exitStatus);
 void AddLiteralCommand(CLI::App& app, int& exitStatus);
 void AddTokensCommand(CLI::App& app, int& exitStatus);
 void AddSelectCommand(CLI::App& app, int& exitStatus);
+void AddBuildCommand(CLI::App& app, int& exitStatus);
+void AddCheckCommand(CLI::App& app, int& exitStatus);
 
 }  // namespace tn61131
