@@ -38,13 +38,12 @@ class CommentReader {
     /// A line of the program. False for a comment that cannot be read.
     bool ReadLine(std::string_view line, std::uint32_t number) {
         line_ = number;
-        const std::size_t comment = FindComment(line);
-        if (comment == std::string_view::npos) return true;
-        const std::string_view text = line.substr(comment + 2);
-        if (text.starts_with("!!")) return ReadFault(text.substr(2));
-        if (text.starts_with('!')) return ReadDiagnostics(text.substr(1));
-        if (text.starts_with('@')) return ReadValue(text.substr(1));
-        return ReadDirective(text.substr(1));
+        for (std::size_t comment = FindComment(line); comment != std::string_view::npos;) {
+            line = line.substr(comment + 2);
+            comment = FindComment(line);
+            if (!ReadComment(line.substr(0, comment))) return false;
+        }
+        return true;
     }
 
  private:
@@ -53,6 +52,13 @@ class CommentReader {
             if (at + 2 < line.size() && std::string_view("@!:").find(line[at + 2]) != std::string_view::npos) return at;
         }
         return std::string_view::npos;
+    }
+
+    bool ReadComment(std::string_view text) {
+        if (text.starts_with("!!")) return ReadFault(text.substr(2));
+        if (text.starts_with('!')) return ReadDiagnostics(text.substr(1));
+        if (text.starts_with('@')) return ReadValue(text.substr(1));
+        return ReadDirective(text.substr(1));
     }
 
     bool ReadFault(std::string_view text) {
