@@ -390,8 +390,8 @@ TEST_F(RunCommandWithMapTest, HumanTextNamesThePlaceOfAFailure) {
     EXPECT_EQ(messages_,
               "tn61131: " + PathOf("b.vmi") +
                   ": error 226: Division by zero.\n"
-                  "  at      0014 0F 04                    : DIV  in function Scale, tank.tnasm:9\n"
-                  "  called  0000 15 01 07 00 00 00        : CALL 0007, ArgCount 1  in program Main, tank.tnasm:3\n");
+                  "  at      0014 0F 04                    : DIV  in function Scale, tank.tnasm:9:5\n"
+                  "  called  0000 15 01 07 00 00 00        : CALL 0007, ArgCount 1  in program Main, tank.tnasm:3:5\n");
 }
 
 TEST_F(RunCommandTest, HumanTextSaysWhyAnImageIsRefused) {
