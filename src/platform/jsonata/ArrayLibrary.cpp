@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <compare>
 #include <limits>
 #include <numeric>
 #include <unordered_map>
@@ -30,7 +31,7 @@ std::vector<std::size_t> PositionsOf(const Value& array) {
 // Without a function only numbers or only texts have an order.
 bool Follows(const Value& left, const Value& right) {
     if (left.IsNumber()) return left.GetNumber() > right.GetNumber();
-    return CompareTexts(left.GetText(), right.GetText()) > 0;
+    return std::is_gt(CompareTexts(left.GetText(), right.GetText()));
 }
 
 void CheckSortable(const Value& array) {

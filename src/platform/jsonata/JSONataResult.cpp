@@ -31,5 +31,6 @@ JSONataResult JSONataResult::OfError(std::string code, std::size_t offset, std::
 }
 
 JSONValue JSONataResult::TakeValue() {
-    return reference_ != nullptr ? *reference_ : std::move(value_);
+    if (reference_ != nullptr) return *reference_;
+    return std::move(value_);
 }

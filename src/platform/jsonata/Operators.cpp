@@ -1,4 +1,5 @@
 #include <cmath>
+#include <compare>
 
 #include "platform/jsonata/EvaluationError.h"
 #include "platform/jsonata/Evaluator.h"
@@ -91,10 +92,10 @@ Value Evaluator::EvaluateComparison(const Expr& expr, const Value& left, const V
                                             ? std::partial_ordering(CompareTexts(left.GetText(), right.GetText()))
                                             : left.GetNumber() <=> right.GetNumber();
     switch (expr.operation) {
-        case Operation::Less: return Value(order < 0);
-        case Operation::LessEqual: return Value(order <= 0);
-        case Operation::Greater: return Value(order > 0);
-        default: return Value(order >= 0);
+        case Operation::Less: return Value(std::is_lt(order));
+        case Operation::LessEqual: return Value(std::is_lteq(order));
+        case Operation::Greater: return Value(std::is_gt(order));
+        default: return Value(std::is_gteq(order));
     }
 }
 
@@ -143,7 +144,7 @@ Value Evaluator::EvaluateApplication(const Expr& expr, const Value& input, Frame
         for (const Stage& predicate : target.predicates)
             value = Filter(*predicate.predicate, value, frame);
         if (target.group != nullptr) value = Group(target.group->pairs, value, frame);
-        return Reduce(target, std::move(value));
+        return value;
     }
     const Value function = Evaluate(target, input, frame);
     if (!function.IsFunction()) ThrowAt(target.offset, "T2006");

@@ -150,6 +150,10 @@ TEST(JSONataOperators, ChainingPassesTheValueOn) {
         {"1 ~> 2", "T2006"},
         {"1 ~> nothing", "T2006"},
         {"nothing ~> $exists", "false"},
+        {"[1..3] ~> $filter(function($v) { $v > 2 })", "3"},
+        {"[1..3] ~> $filter(function($v) { $v > 2 })[]", "[3]"},
+        {"[1..3][] ~> $filter(function($v) { $v > 2 })", "[3]"},
+        {"[1..3] ~> $map($string)[1]", "\"2\""},
     };
     ExpectResults(kCases);
 }

@@ -267,7 +267,7 @@ SyntaxPtr Parser::Call(const Token& token, SyntaxPtr left) {
     }
     Require(")");
     const bool isLambda = left->kind == Syntax::Kind::Name && (left->text == "function" || left->text == "\u03BB");
-    if (isLambda) return Lambda(token, std::move(arguments));
+    if (isLambda) return Lambda(token, arguments);
     SyntaxPtr call = Make(isPartial ? Syntax::Kind::Partial : Syntax::Kind::Call, token);
     Adopt(*call, std::move(left));
     for (SyntaxPtr& argument : arguments)
@@ -275,7 +275,7 @@ SyntaxPtr Parser::Call(const Token& token, SyntaxPtr left) {
     return call;
 }
 
-SyntaxPtr Parser::Lambda(const Token& token, std::vector<SyntaxPtr> parameters) {
+SyntaxPtr Parser::Lambda(const Token& token, const std::vector<SyntaxPtr>& parameters) {
     SyntaxPtr lambda = Make(Syntax::Kind::Lambda, token);
     for (const SyntaxPtr& parameter : parameters) {
         if (parameter->kind != Syntax::Kind::Variable) ThrowAt(parameter->offset, "S0208", parameter->text);

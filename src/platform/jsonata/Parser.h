@@ -27,7 +27,7 @@ class Parser {
     [[nodiscard]] SyntaxPtr PrefixOperator(const Token& token);
     [[nodiscard]] SyntaxPtr Brackets(const Token& token, SyntaxPtr left);
     [[nodiscard]] SyntaxPtr Call(const Token& token, SyntaxPtr left);
-    [[nodiscard]] SyntaxPtr Lambda(const Token& token, std::vector<SyntaxPtr> parameters);
+    [[nodiscard]] SyntaxPtr Lambda(const Token& token, const std::vector<SyntaxPtr>& parameters);
     [[nodiscard]] SyntaxPtr OrderBy(const Token& token, SyntaxPtr left);
     [[nodiscard]] SyntaxPtr Condition(const Token& token, SyntaxPtr left);
     [[nodiscard]] SyntaxPtr Transform(const Token& token);

@@ -1,4 +1,4 @@
-#include <algorithm>
+#include <compare>
 #include <numeric>
 #include <vector>
 
@@ -46,7 +46,7 @@ int CompareKeys(const Value& left, const Value& right, bool isDescending, std::s
                 static_cast<int>(left.GetNumber() < right.GetNumber());
     } else {
         const std::strong_ordering text = CompareTexts(left.GetText(), right.GetText());
-        order = static_cast<int>(text > 0) - static_cast<int>(text < 0);
+        order = static_cast<int>(std::is_gt(text)) - static_cast<int>(std::is_lt(text));
     }
     return isDescending ? -order : order;
 }
