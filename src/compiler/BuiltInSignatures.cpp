@@ -307,7 +307,7 @@ const BuiltIn* BuiltInTable::Find(NameId name) {
         c = c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c;
     auto found = std::make_unique<BuiltIn>();
     if (!Classify(upper, *found)) return nullptr;
-    found->name = types_.GetNames().GetSpelling(name);
+    found->name = std::move(upper);
     place->second = std::move(found);
     return place->second.get();
 }

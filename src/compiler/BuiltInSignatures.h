@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <memory>
 #include <span>
+#include <string>
 #include <string_view>
 #include <unordered_map>
 #include <vector>
@@ -94,7 +95,7 @@ enum class SpecialFunction : std::uint8_t {
 struct BuiltIn {
     enum class Kind : std::uint8_t { Row, Conversion, Special };
     Kind kind = Kind::Row;
-    std::string_view name;  ///< upper case
+    std::string name;  ///< upper case
     // Row.
     const BuiltInSignature* signature = nullptr;
     const FunctionRow* row = nullptr;

@@ -36,7 +36,10 @@ Stmt* BodyChecker::BuildBlockCall(const ast::CallExpr& call, Place* instance, co
     for (const ast::Argument& argument : call.arguments) {
         Variable* parameter = nullptr;
         if (argument.name.name == NameId::None) {
-            if (isNamed) Fail(DiagnosticCode::PositionalAfterNamed, argument.range);
+            if (isNamed) {
+                Fail(DiagnosticCode::PositionalAfterNamed, argument.range);
+                return nullptr;
+            }
             while (nextPositional < variables.size() &&
                    (isControl(*variables[nextPositional]) || !IsParameter(*variables[nextPositional])))
                 ++nextPositional;

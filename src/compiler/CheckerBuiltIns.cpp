@@ -133,7 +133,7 @@ bool BodyChecker::SortArguments(const ast::CallExpr& call, const BuiltIn& builtI
                     known.push_back(std::move(folded));
                 }
                 candidates.assign(known.begin(), known.end());
-                ReportUnknownParameter(std::string(builtIn.name), argument, candidates);
+                ReportUnknownParameter(builtIn.name, argument, candidates);
                 isFine = false;
                 continue;
             }

@@ -276,7 +276,7 @@ Expr* BodyChecker::CheckFunctionCall(const ast::CallExpr& call, Pou& callee, Pla
     for (const ast::Argument& argument : call.arguments) {
         std::size_t index = position;
         if (argument.name.name == NameId::None) {
-            if (isNamed) Fail(DiagnosticCode::PositionalAfterNamed, argument.range);
+            if (isNamed) return Fail(DiagnosticCode::PositionalAfterNamed, argument.range);
             ++position;
             if (index >= count) continue;
         } else {

@@ -282,7 +282,7 @@ Entity BodyChecker::ResolveDeref(const ast::DerefExpr& deref) {
     // What ADR and REF point to is known better than their type tells.
     if (pointer->kind == ExprKind::Address) return FromPlace(static_cast<AddressExpr*>(pointer)->place, nullptr);
     if (type->kind != TypeKind::Pointer || static_cast<const PointerType*>(type)->target->kind == TypeKind::Void) {
-        Fail(DiagnosticCode::NotAPointer, deref.base->range, {SourceText(deref.base->range)});
+        Fail(DiagnosticCode::NotAPointer, deref.base->range, {"'" + SourceText(deref.base->range) + "'"});
         return {};
     }
     return FromPlace(

@@ -198,7 +198,8 @@ bool BodyChecker::UnifyNumbers(std::string_view op, Expr*& left, Expr*& right, c
                 if (magnitude <= 0xFFFF) wider = ElementaryType::Word;
                 literal = NewInteger(Elementary(wider), value, literal->range);
             } else if (FamilyOf(type) == Family::Bits && !GetSwitches().bitInteger) {
-                Fail(DiagnosticCode::ValueOutOfRange, literal->range, {NumberText(*static_cast<ConstantExpr*>(literal)), Text(type)});
+                Fail(DiagnosticCode::ValueOutOfRange, literal->range,
+                     {NumberText(*static_cast<ConstantExpr*>(literal)), Text(type)});
                 return false;
             } else if (isBitPattern) {
                 // The number itself, not its bits.

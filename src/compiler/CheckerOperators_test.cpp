@@ -1,46 +1,10 @@
-#include <gtest/gtest.h>
+#include "compiler/CheckerTestVariables.h"
 
-#include "compiler/CheckerTesting.h"
-
-namespace tn61131::st {
+namespace tn61131::st::testing {
 namespace {
 
-constexpr const char* kVariables = R"(
-TYPE Color : (Red, Green, Blue); Fruit : (Apple, Pear); Percent : INT(0..100); END_TYPE
-FUNCTION Pure : BOOL VAR_INPUT a : BOOL; END_VAR Pure := NOT a; END_FUNCTION
-FUNCTION Impure : BOOL VAR_INPUT a : BOOL; END_VAR VAR_OUTPUT o : BOOL; END_VAR o := a; Impure := a; END_FUNCTION
-PROGRAM Main
-VAR
-  b, b2, b3 : BOOL; si : SINT; i, j : INT; d, d2 : DINT; l : LINT; us : USINT; u, u2 : UINT; ud : UDINT; ul : ULINT;
-  by, by2 : BYTE; w : WORD; dw : DWORD; lw : LWORD; r, r2 : REAL; lr : LREAL;
-  t, t2 : TIME; tod : TOD; da : DATE; dt1 : DT; s, s2 : STRING; s5 : STRING[5]; ws : WSTRING; c : CHAR;
-  col, col2 : Color; fr : Fruit; pc : Percent; p : POINTER TO INT; pr : POINTER TO REAL; ri : REF_TO INT;
-  a : ARRAY[1..10] OF INT; m : ARRAY[0..2, 0..3] OF REAL;
-END_VAR
-VAR CONSTANT ten : INT := 10; half : REAL := 0.5; END_VAR
-)";
-
-struct Case {
-    const char* statement;
-    const char* expected;  ///< the checked statement, or the messages with the line left out
-};
-
-/// The checked form of statements in a program that has the variables above; messages lose their line.
-std::string Checked(const std::string& statement, const CompileOptions& options) {
-    CheckedText text(std::string(kVariables) + statement + "\nEND_PROGRAM\n", options);
-    std::string body = text.Body("Main");
-    while (!body.empty() && body.back() == '\n')
-        body.pop_back();
-    return body;
-}
-
-void Expect(std::initializer_list<Case> cases, const CompileOptions& options) {
-    for (const Case& each : cases)
-        EXPECT_EQ(Checked(each.statement, options), each.expected) << each.statement;
-}
-
 TEST(CheckerOperators, Arithmetic) {
-    Expect(
+    ExpectForms(
         {
             {"i := i + 1;", "(:= i (ADD:INT i INT#1))"},
             {"i := 1 + i;", "(:= i (ADD:INT INT#1 i))"},
@@ -69,7 +33,7 @@ TEST(CheckerOperators, Arithmetic) {
 }
 
 TEST(CheckerOperators, PromotedIntegersComputeIn32Bits) {
-    Expect(
+    ExpectForms(
         {
             {"i := i + j;", "(:= i (INT (ADD:DINT (DINT i) (DINT j))))"},
             {"i := (i + j) / 2;", "(:= i (INT (DIV:DINT (ADD:DINT (DINT i) (DINT j)) DINT#2)))"},
@@ -81,7 +45,7 @@ TEST(CheckerOperators, PromotedIntegersComputeIn32Bits) {
 }
 
 TEST(CheckerOperators, Comparison) {
-    Expect(
+    ExpectForms(
         {
             {"b := i < 5;", "(:= b (LT:BOOL i INT#5))"},
             {"b := i < u;", "(:= b (LT:BOOL (DINT i) (DINT u)))"},
@@ -102,7 +66,7 @@ TEST(CheckerOperators, Comparison) {
 }
 
 TEST(CheckerOperators, TimesAndDates) {
-    Expect(
+    ExpectForms(
         {
             {"t := t + t2;", "(:= t (ADD:TIME t t2))"},
             {"t := t * 3;", "(:= t (MUL:TIME t T#3ms))"},
@@ -121,7 +85,7 @@ TEST(CheckerOperators, TimesAndDates) {
 }
 
 TEST(CheckerOperators, Logic) {
-    Expect(
+    ExpectForms(
         {
             {"b := b AND b2;", "(:= b (AND_THEN b b2))"},
             {"b := b OR Pure(b2);", "(:= b (OR_ELSE b (call pure b2)))"},
@@ -138,5 +102,97 @@ TEST(CheckerOperators, Logic) {
         OptionsOf("iec"));
 }
 
+TEST(CheckerOperators, Refusals) {
+    ExpectMessages(
+        {
+            {"i := i + b;", "6 ST0409 + does not work with INT and BOOL"},
+            {"i := b + b2;", "6 ST0409 + does not work with BOOL and BOOL"},
+            {"s := s + s2;", "6 ST0409 + does not work with STRING[254] and STRING[254]"},
+            {"b := NOT r;", "6 ST0410 NOT does not work with REAL"},
+            {"s := -s;", "6 ST0410 - does not work with STRING[254]"},
+            {"w := w AND b;", "6 ST0409 AND does not work with WORD and BOOL"},
+            {"w := w + i;", "6 ST0409 + does not work with WORD and INT"},
+            {"w := w AND i;", "6 ST0409 AND does not work with WORD and INT"},
+            {"r := r MOD 2.0;", "6 ST0409 MOD does not work with REAL and LREAL"},
+            {"b := w AND_THEN w;", "6 ST0409 AND_THEN does not work with WORD and WORD"},
+            {"ul := ul + l;", "7 ST0411 no integer type holds both ULINT and LINT"},
+            {"b := col = fr;", "6 ST0427 Color and Fruit are different enumerations"},
+            {"b := col = 1;", "6 ST0413 Color does not convert to INT by itself: write TO_INT"},
+            {"b := s = ws;", "10 ST0429 WSTRING[254] and STRING[254] do not mix: convert with WSTRING_TO_STRING"},
+            {"b := t = i;", "6 ST0409 = does not work with TIME and INT"},
+            {"b := da = dt1;", "6 ST0409 = does not work with DATE and DATE_AND_TIME"},
+            {"b := pt = pt2;", "6 ST0430 Point has no value as a whole"},
+            {"b := p > p;", "6 ST0420 pointers can only be compared with = and <>"},
+            {"b := p = i;", "6 ST0409 = does not work with POINTER TO INT and INT"},
+            {"t := t * t2;", "6 ST0409 * does not work with TIME and TIME"},
+            {"t := t MOD t2;", "6 ST0409 MOD does not work with TIME and TIME"},
+            {"t := 5 / t;", "6 ST0409 / does not work with DINT and TIME"},
+            {"t := t + 5;", "6 ST0409 + does not work with TIME and DINT"},
+            {"dt1 := t + dt1;", "8 ST0409 + does not work with TIME and DATE_AND_TIME"},
+            {"d := p - p;", "6 ST0421 the distance of two pointers cannot be computed"},
+            {"p := p * 2;", "6 ST0409 * does not work with POINTER TO INT and DINT"},
+            {"i := Silent(1) + 1;", "6 ST0428 'Silent(1)' gives no value"},
+            // One mistake, one message.
+            {"i := (i + b) * 3 + r;", "7 ST0409 + does not work with INT and BOOL"},
+        },
+        OptionsOf("iec"));
+}
+
+TEST(CheckerOperators, Warnings) {
+    ExpectMessages(
+        {
+            {"b := us >= 0;", "W 6 ST0419 this comparison is always TRUE"},
+            {"b := us < 0;", "W 6 ST0419 this comparison is always FALSE"},
+            {"b := 0 <= w;", "W 6 ST0419 this comparison is always TRUE"},
+            {"b := i >= 0;", ""},
+            {"b := us > 0;", ""},
+            {"b := r = r2;", "W 6 ST0418 = of REAL numbers depends on the last bit of rounding"},
+            {"b := r = 0.0;", ""},
+            {"lr := 7 / 2;", "W 7 ST0348 a quotient of integers has no fraction: the result is 3"},
+            {"lr := 8 / 2;", ""},
+            {"i := i MOD 0;", "W 12 ST0342 division by zero"},
+        },
+        OptionsOf("iec"));
+}
+
+TEST(CheckerOperators, ConstantsAreComputedLikeTheMachineDoes) {
+    ExpectForms(
+        {
+            {"i := 17 / 5;", "(:= i INT#3)"},
+            {"i := -17 / 5;", "(:= i INT#-3)"},
+            {"i := -17 MOD 5;", "(:= i INT#-2)"},
+            {"i := INT#30000 + INT#30000;", "(:= i INT#-5536)"},
+            {"r := 1.0 / 4.0;", "(:= r REAL#0.25)"},
+            {"b := 16#F0 > 16#0F;", "(:= b BOOL#TRUE)"},
+            {"dw := 16#F0 OR 16#0F;", "(:= dw DWORD#16#FF)"},
+            {"l := 16#7FFF_FFFF + 1;", "(:= l LINT#2147483648)"},
+            {"ul := 18446744073709551615;", "(:= ul ULINT#18446744073709551615)"},
+            {"l := -9223372036854775808;", "(:= l LINT#-9223372036854775808)"},
+            {"d := 2 ** 10;", "(:= d DINT#1024)"},
+            {"t := T#1s * 3;", "(:= t T#3s)"},
+            {"b := 'a' < 'b';", "(:= b BOOL#TRUE)"},
+            {"b := NOT TRUE OR FALSE;", "(:= b BOOL#FALSE)"},
+            {"r := SQRT(4.0);", "(:= r REAL#2.0)"},
+            {"i := LEN('abc');", "(:= i INT#3)"},
+            {"i := TRUNC(2.9);", "(:= i INT#2)"},
+            {"i := REAL_TO_INT(2.5);", "(:= i INT#2)"},
+            {"i := REAL_TO_INT(3.5);", "(:= i INT#4)"},
+            {"i := MAX(3, 8, 5);", "(:= i INT#8)"},
+        },
+        OptionsOf("iec"));
+    ExpectMessages(
+        {
+            {"i := INT#30000 + INT#30000;", "W 6 ST0343 INT overflows: the result is -5536"},
+            {"us := USINT#3 - USINT#5;", "W 7 ST0343 USINT overflows: the result is 254"},
+            {"i := 5 / 0;", "10 ST0342 division by zero"},
+            {"r := r / 0.0;", "10 ST0342 division by zero"},
+            {"l := 9223372036854775807 + 1;", "6 ST0340 9223372036854775807 + 1 is outside the range of LINT"},
+            {"i := 40000;", "6 ST0340 40000 is outside the range of INT"},
+            {"i := 20000 + 20000;", "6 ST0340 40000 is outside the range of INT"},
+            {"i := 99999999999999999999;", "6 ST0344 '99999999999999999999' is no number of 64 bits"},
+        },
+        OptionsOf("iec"));
+}
+
 }  // namespace
-}  // namespace tn61131::st
+}  // namespace tn61131::st::testing
