@@ -254,6 +254,14 @@ Expr* FileParser::ParseWord() {
             if (FollowsOperand(Ahead(1))) break;
             ReportExpected("an expression");
             return MakeError(token.range);
+        case Keyword::And:
+        case Keyword::Or:
+        case Keyword::Xor:
+        case Keyword::Mod:
+            // Where an operand stands, AND(a, b) is a call of the function.
+            if (Ahead(1).kind != TokenKind::LeftParen) break;
+            Take();
+            return arena_.New<ast::NameExpr>(Expr{ExprKind::Name, token.range}, token.name);
         default: break;
     }
     if (!IsName(token)) {
