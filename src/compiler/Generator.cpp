@@ -169,7 +169,7 @@ class ImageBuilder final : public RoutineNumbering {
     void FillTables() {
         for (const ProgramEntry& program : project_.programs) {
             const RoutineId id = GetRoutine(GetRoutineOf(program));
-            image_.programs.push_back({std::string(project_.names.GetSpelling(program.name)), OffsetOf(id), 0});
+            image_.programs.push_back({GetDeclaredName(project_, program.name, program.declared), OffsetOf(id), 0});
         }
         for (const Placed& placed : routines_) {
             if (placed.routine.standalone == nullptr) continue;
@@ -187,8 +187,8 @@ class ImageBuilder final : public RoutineNumbering {
         std::vector<PlacedRoutine> placed;
         placed.reserve(routines_.size());
         for (const Placed& routine : routines_)
-            placed.push_back(
-                {routine.routine.pou, routine.routine.standalone, routine.routine.instanceDelta, routine.codeOffset});
+            placed.push_back({routine.routine.pou, routine.routine.standalone, routine.routine.instanceDelta,
+                              routine.codeOffset, routine.codeSize});
         FillSymbolMap(project_, placed, positions_, map);
     }
 

@@ -9,12 +9,17 @@
 
 namespace tn61131::st {
 
+std::string GetDeclaredName(const Project& project, NameId name, SourceRange declared) {
+    const std::string_view text = project.sources.GetText(declared);
+    return std::string(IsSameName(text, project.names.GetSpelling(name)) ? text : project.names.GetSpelling(name));
+}
+
 namespace {
 
 /// Turns the compiler's types into those of the map. Shared types stay shared.
 class MapTypes {
  public:
-    explicit MapTypes(const NameTable& names) noexcept : names_(names) {}
+    explicit MapTypes(const Project& project) noexcept : project_(project) {}
 
     SymbolType Get(const Type* type) {
         type = Strip(type);
@@ -46,15 +51,19 @@ class MapTypes {
             made->name = MakeName(type);
             made->base = type.storage;
             for (const EnumMember& member : type.members)
-                made->values.push_back({std::string(names_.GetSpelling(member.name)), member.value});
+                made->values.push_back({GetText(member.name, member.declared), member.value});
             known = std::move(made);
         }
         return SymbolType::MakeEnum(known);
     }
 
+    [[nodiscard]] std::string GetText(NameId name, SourceRange declared) const {
+        return GetDeclaredName(project_, name, declared);
+    }
+
     /// The map has one list of names, so equal names of different scopes are told apart by a number.
     std::string MakeName(const Type& type) {
-        std::string name(names_.GetSpelling(type.name));
+        std::string name = GetText(type.name, type.declared);
         const auto count = ++nameCounts_[type.name];
         return count == 1 ? name : name + "__" + std::to_string(count);
     }
@@ -66,27 +75,28 @@ class MapTypes {
         made->size = type.size;
         if (type.kind == TypeKind::Struct) {
             for (const Field& field : static_cast<const StructType&>(type).fields)
-                AddMember(*made, field.name, field.offset, field.type);
+                AddMember(*made, GetText(field.name, field.declared), field.offset, field.type);
         } else {
             const auto& block = static_cast<const FunctionBlockType&>(type);
             if (block.row != nullptr) return structs_[&type] = FindStandardBlockStruct(block.row->name);
             for (const Variable* variable : block.variables) {
                 // A pointer is what the instance holds of an in-out.
                 const bool isPointer = variable->storage.kind == StorageKind::InstancePointer;
-                AddMember(*made, variable->name, variable->storage.offset, isPointer ? nullptr : variable->type);
+                AddMember(*made, GetText(variable->name, variable->declared), variable->storage.offset,
+                          isPointer ? nullptr : variable->type);
             }
         }
         return structs_[&type] = made;
     }
 
-    void AddMember(SymbolStruct& structure, NameId name, std::uint32_t offset, const Type* type) {
-        SymbolMember member{std::string(names_.GetSpelling(name)), offset,
+    void AddMember(SymbolStruct& structure, std::string name, std::uint32_t offset, const Type* type) {
+        SymbolMember member{std::move(name), offset,
                             type == nullptr ? SymbolType::MakeElementary(ElementaryType::Pointer) : Get(type)};
         structure.depth = std::max(structure.depth, member.type.GetDepth() + 1);
         structure.members.push_back(std::move(member));
     }
 
-    const NameTable& names_;
+    const Project& project_;
     std::unordered_map<const Type*, std::shared_ptr<const SymbolStruct>> structs_;
     std::unordered_map<const Type*, std::shared_ptr<const SymbolEnum>> enums_;
     std::unordered_map<NameId, std::uint32_t> nameCounts_;
@@ -94,14 +104,13 @@ class MapTypes {
 
 class MapBuilder {
  public:
-    MapBuilder(const Project& project, CSymbolMap& map) noexcept
-        : project_(project), map_(map), types_(project.names) {}
+    MapBuilder(const Project& project, CSymbolMap& map) noexcept : project_(project), map_(map), types_(project) {}
 
     void AddVariables() {
         for (const Variable* variable : project_.globals)
             AddVariable({}, *variable, 0);
         for (const ProgramEntry& program : project_.programs) {
-            const std::string scope(project_.names.GetSpelling(program.name));
+            const std::string scope = GetText(program.name, program.declared);
             for (const Variable* variable : program.pou->variables)
                 AddVariable(scope, *variable, program.instanceOffset - program.pou->instanceOffset);
         }
@@ -112,7 +121,8 @@ class MapBuilder {
             for (const PlacedRoutine& routine : routines) {
                 const bool isIts = routine.pou == program.pou && routine.standalone == nullptr &&
                                    routine.instanceDelta == program.instanceOffset - program.pou->instanceOffset;
-                if (isIts) AddLabel(SymbolLabel::Kind::Program, GetText(program.name), routine.codeOffset);
+                if (isIts)
+                    AddLabel(SymbolLabel::Kind::Program, GetText(program.name, program.declared), routine.codeOffset);
             }
         }
         for (const PlacedRoutine& routine : routines) {
@@ -122,8 +132,8 @@ class MapBuilder {
                     std::to_string(routine.standalone->id), routine.codeOffset);
             } else if (routine.pou->kind != ast::PouKind::Program) {
                 const Pou* container = routine.pou->container;
-                const std::string prefix = container == nullptr ? "" : GetText(container->name) + ".";
-                AddLabel(SymbolLabel::Kind::Function, prefix + GetText(routine.pou->name), routine.codeOffset);
+                const std::string prefix = container == nullptr ? "" : GetText(*container) + ".";
+                AddLabel(SymbolLabel::Kind::Function, prefix + GetText(*routine.pou), routine.codeOffset);
             }
         }
     }
@@ -142,7 +152,7 @@ class MapBuilder {
             entry.priority = task.priority;
             entry.single = task.single;
             for (const ProgramEntry& program : project_.programs) {
-                if (program.task == task.name) entry.programs.push_back(GetText(program.name));
+                if (program.task == task.name) entry.programs.push_back(GetText(program.name, program.declared));
             }
             map_.AddTask(std::move(entry));
         }
@@ -154,7 +164,7 @@ class MapBuilder {
             AddRetainedVariable({}, *variable, 0);
         for (const ProgramEntry& program : project_.programs) {
             for (const Variable* variable : program.pou->variables)
-                AddRetainedVariable(GetText(program.name) + ".", *variable,
+                AddRetainedVariable(GetText(program.name, program.declared) + ".", *variable,
                                     program.instanceOffset - program.pou->instanceOffset);
         }
         for (const Pou& pou : project_.pous) {
@@ -162,7 +172,7 @@ class MapBuilder {
             for (const Variable* variable : pou.variables) {
                 // Of one place for all calls and instances; what instances hold is retained with them.
                 if (variable->storage.kind == StorageKind::Global && variable->section == ast::VarSection::Static)
-                    AddRetainedVariable(GetText(pou.name) + ".", *variable, 0);
+                    AddRetainedVariable(GetText(pou) + ".", *variable, 0);
             }
         }
     }
@@ -186,6 +196,15 @@ class MapBuilder {
 
  private:
     [[nodiscard]] std::string GetText(NameId name) const { return std::string(project_.names.GetSpelling(name)); }
+    [[nodiscard]] std::string GetText(NameId name, SourceRange declared) const {
+        return GetDeclaredName(project_, name, declared);
+    }
+    [[nodiscard]] std::string GetText(const Variable& variable) const {
+        return GetText(variable.name, variable.declared);
+    }
+    [[nodiscard]] std::string GetText(const Pou& pou) const {
+        return pou.declaration == nullptr ? GetText(pou.name) : GetText(pou.name, pou.declaration->name.range);
+    }
 
     void AddLabel(SymbolLabel::Kind kind, std::string name, std::uint32_t codeOffset) {
         map_.AddLabel({kind, std::move(name), codeOffset});
@@ -193,7 +212,7 @@ class MapBuilder {
 
     void AddRetainedVariable(const std::string& scope, const Variable& variable, std::uint32_t delta) {
         if (variable.storage.kind != StorageKind::Global || variable.aliasOf != nullptr) return;
-        const std::string path = scope + GetText(variable.name);
+        const std::string path = scope + GetText(variable);
         if (variable.isRetain || variable.isPersistent) {
             map_.AddRetained({path, variable.storage.offset + delta, variable.type->size, variable.isPersistent});
             return;
@@ -213,13 +232,13 @@ class MapBuilder {
         }
         if (type->kind == TypeKind::Struct && HasRetainedParts(type)) {
             for (const Field& field : static_cast<const StructType&>(*type).fields)
-                AddRetainedParts(path + "." + GetText(field.name), field.type, offset + field.offset);
+                AddRetainedParts(path + "." + GetText(field.name, field.declared), field.type, offset + field.offset);
         }
         if (type->kind != TypeKind::FunctionBlock) return;
         const auto& block = static_cast<const FunctionBlockType&>(*type);
         for (const Variable* variable : block.variables) {
             if (variable->storage.kind != StorageKind::Instance) continue;
-            const std::string memberPath = path + "." + GetText(variable->name);
+            const std::string memberPath = path + "." + GetText(*variable);
             const std::uint32_t memberOffset = offset + variable->storage.offset;
             if (variable->isRetain || variable->isPersistent) {
                 map_.AddRetained({memberPath, memberOffset, variable->type->size, variable->isPersistent});
@@ -271,7 +290,7 @@ class MapBuilder {
         const Pou& pou = *routine.pou;
         SymbolPou entry;
         entry.kind = GetKind(pou);
-        entry.name = (pou.container == nullptr ? "" : GetText(pou.container->name) + ".") + GetText(pou.name);
+        entry.name = (pou.container == nullptr ? "" : GetText(*pou.container) + ".") + GetText(pou);
         entry.codeOffset = routine.codeOffset;
         entry.codeSize = routine.codeSize;
         if (pou.declaration != nullptr) {
@@ -290,7 +309,7 @@ class MapBuilder {
         for (; stored->aliasOf != nullptr; stored = stored->aliasOf)
             offset += stored->aliasOffset;
         SymbolLocal local;
-        local.name = GetText(variable.name);
+        local.name = GetText(variable);
         local.offset = offset + stored->storage.offset;
         local.tagId = stored->storage.tagId;
         switch (stored->storage.kind) {
@@ -321,7 +340,7 @@ class MapBuilder {
         if (isExternal) return;
         SymbolVariable entry;
         entry.scope = scope;
-        entry.name = GetText(variable.name);
+        entry.name = GetText(variable);
         entry.offset = offset + stored->storage.offset;
         switch (stored->storage.kind) {
             case StorageKind::Global:

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <span>
+#include <string>
 
 #include "assembler/SymbolMap.h"
 #include "compiler/CodeBuffer.h"
@@ -17,6 +18,9 @@ struct PlacedRoutine {
     std::uint32_t codeOffset = 0;
     std::uint32_t codeSize = 0;
 };
+
+/// A name as its own declaration spells it, not as it was first spelt anywhere.
+[[nodiscard]] std::string GetDeclaredName(const Project& project, NameId name, SourceRange declared);
 
 /// Names of a project's image: variables, routines, retained ranges, tasks, and the source position of every
 /// instruction. `routines` and `positions` are in the order of the code.
