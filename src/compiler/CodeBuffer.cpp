@@ -22,6 +22,29 @@ void CodeBuffer::Append(const void* data, std::size_t size) {
     std::memcpy(bytes_.data() + at, data, size);
 }
 
+void CodeBuffer::LoadStack(std::uint32_t index) {
+    if (forwards_ && knownAt_ == bytes_.size() && knownSlot_ == index) return;
+    Op(Opcode::LoadStack, static_cast<std::uint8_t>(index));
+    knownAt_ = bytes_.size();
+    knownSlot_ = index;
+}
+
+void CodeBuffer::StoreStack(std::uint32_t index) {
+    Op(Opcode::StoreStack, static_cast<std::uint8_t>(index));
+    knownAt_ = bytes_.size();
+    knownSlot_ = index;
+}
+
+void CodeBuffer::NoteTop(const StoredValue& value) noexcept {
+    knownAt_ = bytes_.size();
+    knownSlot_ = kUnbound;
+    known_ = value;
+}
+
+bool CodeBuffer::TopHolds(const StoredValue& value) const noexcept {
+    return forwards_ && knownAt_ == bytes_.size() && knownSlot_ == kUnbound && known_ == value;
+}
+
 void CodeBuffer::LoadImmediate(const CValue& value) {
     Op(Opcode::LoadImmediate, static_cast<std::uint8_t>(value.GetType()));
     if (!reachable_) return;
@@ -63,6 +86,7 @@ void CodeBuffer::Bind(Label label) {
     LabelState& state = labels_[static_cast<std::uint32_t>(label)];
     assert(state.at == kUnbound);
     assert(!state.isUsed || !reachable_ || state.depth == depth_);
+    knownAt_ = SIZE_MAX;
     if (!reachable_ && state.isUsed) {
         depth_ = state.depth;
         Resume();
@@ -104,7 +128,7 @@ std::uint32_t CodeBuffer::FollowJumps(Opcode opcode, std::uint32_t target) const
             const auto found = std::lower_bound(fixups_.begin(), fixups_.end(), target + 1,
                                                 [](const Fixup& fixup, std::uint32_t at) { return fixup.at < at; });
             if (found == fixups_.end() || found->at != target + 1) return target;
-            target = labels_[static_cast<std::uint32_t>(found->label)].at;
+            target = GetTarget(*found);
         } else if ((opcode == Opcode::JumpZero && next == Opcode::JumpNotZero) ||
                    (opcode == Opcode::JumpNotZero && next == Opcode::JumpZero)) {
             target += 1 + kOperandSize;
@@ -115,12 +139,74 @@ std::uint32_t CodeBuffer::FollowJumps(Opcode opcode, std::uint32_t target) const
     return target;
 }
 
-void CodeBuffer::ResolveJumps(bool thread) {
+void CodeBuffer::ThreadJumps() {
+    for (Fixup& fixup : fixups_)
+        fixup.target = FollowJumps(static_cast<Opcode>(bytes_[fixup.at - 1]), fixup.target);
+}
+
+/// Takes jumps to the next instruction out and makes a return of each jump to one, then moves what is behind forward.
+void CodeBuffer::DropJumps() {
+    struct Cut {
+        std::uint32_t at;       ///< first byte that goes
+        std::uint32_t removed;  ///< bytes that have gone up to the end of this cut
+    };
+    std::vector<Cut> cuts;
+    std::uint32_t removed = 0;
+    std::uint32_t nextFree = 0;  ///< end of the last cut
+    std::vector<Fixup> left;
+    std::vector<unsigned char> bytes;
+    bytes.reserve(bytes_.size());
+    const auto copyUpTo = [&](std::uint32_t end) {
+        bytes.insert(bytes.end(), bytes_.begin() + nextFree, bytes_.begin() + end);
+    };
     for (const Fixup& fixup : fixups_) {
-        std::uint32_t target = labels_[static_cast<std::uint32_t>(fixup.label)].at;
-        assert(target != kUnbound);
-        if (thread) target = FollowJumps(static_cast<Opcode>(bytes_[fixup.at - 1]), target);
-        const auto distance = static_cast<std::int32_t>(std::int64_t{target} - (std::int64_t{fixup.at} + kOperandSize));
+        const std::uint32_t start = fixup.at - 1;
+        const std::uint32_t end = fixup.at + kOperandSize;
+        const bool returns = bytes_[start] == static_cast<unsigned char>(Opcode::Jump) &&
+                             fixup.target < bytes_.size() &&
+                             bytes_[fixup.target] == static_cast<unsigned char>(Opcode::Return);
+        if (fixup.target != end && !returns) {
+            left.push_back(fixup);
+            continue;
+        }
+        const bool keepsReturn = fixup.target != end;
+        copyUpTo(start);
+        if (keepsReturn) bytes.push_back(static_cast<unsigned char>(Opcode::Return));
+        removed += end - start - (keepsReturn ? 1 : 0);
+        cuts.push_back({keepsReturn ? start + 1 : start, removed});
+        nextFree = end;
+    }
+    if (cuts.empty()) return;
+    copyUpTo(static_cast<std::uint32_t>(bytes_.size()));
+    bytes_ = std::move(bytes);
+    fixups_ = std::move(left);
+    const auto move = [&cuts](std::uint32_t& at) {
+        const auto next =
+            std::upper_bound(cuts.begin(), cuts.end(), at, [](std::uint32_t offset, const Cut& cut) { return offset <= cut.at; });
+        if (next != cuts.begin()) at -= (next - 1)->removed;
+    };
+    for (Fixup& fixup : fixups_) {
+        move(fixup.at);
+        move(fixup.target);
+    }
+    for (CallSite& site : callSites_)
+        move(site.at);
+    for (Position& position : positions_)
+        move(position.codeOffset);
+}
+
+void CodeBuffer::ResolveJumps(bool thread) {
+    for (Fixup& fixup : fixups_) {
+        fixup.target = GetTarget(fixup);
+        assert(fixup.target != kUnbound);
+    }
+    if (thread) {
+        ThreadJumps();
+        DropJumps();
+    }
+    for (const Fixup& fixup : fixups_) {
+        const auto distance =
+            static_cast<std::int32_t>(std::int64_t{fixup.target} - (std::int64_t{fixup.at} + kOperandSize));
         std::memcpy(bytes_.data() + fixup.at, &distance, kOperandSize);
     }
 }
@@ -135,6 +221,7 @@ void CodeBuffer::Clear() {
     depth_ = 1;
     maxDepth_ = 1;
     reachable_ = true;
+    knownAt_ = SIZE_MAX;
 }
 
 }  // namespace tn61131::st

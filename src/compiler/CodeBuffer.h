@@ -58,8 +58,8 @@ class CodeBuffer {
         Op(Opcode::Return);
         reachable_ = false;
     }
-    void LoadStack(std::uint32_t index) { Op(Opcode::LoadStack, static_cast<std::uint8_t>(index)); }
-    void StoreStack(std::uint32_t index) { Op(Opcode::StoreStack, static_cast<std::uint8_t>(index)); }
+    void LoadStack(std::uint32_t index);
+    void StoreStack(std::uint32_t index);
     void LoadStatus(std::uint8_t code) { Op(Opcode::LoadStatus, code); }
     void LoadAddr(LocationKind kind, std::uint32_t offset) {
         Op(Opcode::LoadAddr, static_cast<std::uint8_t>(kind), offset);
@@ -102,6 +102,21 @@ class CodeBuffer {
     void InitTempData(const std::vector<unsigned char>& data);
     void InitLocalData(std::uint32_t size) { Op(Opcode::InitLocalData, size); }
 
+    // --- what the top is known to hold ---
+
+    /// A value in memory at a fixed place.
+    struct StoredValue {
+        LocationKind location;
+        std::uint32_t offset;
+        ElementaryType type;
+        friend bool operator==(const StoredValue&, const StoredValue&) = default;
+    };
+    /// Leaves out LD STACK of what was stored or loaded just before. Off at first.
+    void SetForwarding(bool isOn) noexcept { forwards_ = isOn; }
+    /// The top holds the value in memory. Known until the next instruction or label.
+    void NoteTop(const StoredValue& value) noexcept;
+    [[nodiscard]] bool TopHolds(const StoredValue& value) const noexcept;
+
     // --- labels ---
 
     [[nodiscard]] Label NewLabel() {
@@ -128,7 +143,8 @@ class CodeBuffer {
 
     // --- the finished routine ---
 
-    /// Stores the distances of all jumps. With `thread`, jumps that lead to jumps lead to where those lead.
+    /// Stores the distances of all jumps. With `thread`, jumps that lead to jumps lead to where those lead, those to a
+    /// return return, and those to what follows are left out.
     void ResolveJumps(bool thread);
     [[nodiscard]] const std::vector<unsigned char>& GetBytes() const noexcept { return bytes_; }
     [[nodiscard]] const std::vector<CallSite>& GetCallSites() const noexcept { return callSites_; }
@@ -147,6 +163,7 @@ class CodeBuffer {
     struct Fixup {
         std::uint32_t at;  ///< of the four-byte operand; ascending
         Label label;
+        std::uint32_t target = 0;
     };
 
     template <typename... Operands>
@@ -166,6 +183,11 @@ class CodeBuffer {
         if (depth > maxDepth_) maxDepth_ = depth;
     }
     [[nodiscard]] std::uint32_t FollowJumps(Opcode opcode, std::uint32_t target) const;
+    [[nodiscard]] std::uint32_t GetTarget(const Fixup& fixup) const {
+        return labels_[static_cast<std::uint32_t>(fixup.label)].at;
+    }
+    void ThreadJumps();
+    void DropJumps();
 
     std::vector<unsigned char> bytes_;
     std::vector<LabelState> labels_;
@@ -176,6 +198,10 @@ class CodeBuffer {
     std::uint32_t depth_ = 1;
     std::uint32_t maxDepth_ = 1;
     bool reachable_ = true;
+    bool forwards_ = false;
+    std::size_t knownAt_ = SIZE_MAX;  ///< size of the code while the top is known
+    StoredValue known_{};
+    std::uint32_t knownSlot_ = kUnbound;  ///< the slot that it equals; kUnbound for memory
 };
 
 }  // namespace tn61131::st

@@ -23,6 +23,7 @@ bool RoutineGenerator::Generate(const Routine& routine, bool mayRecur, std::uint
     loops_.clear();
     traps_.clear();
     code_.Clear();
+    code_.SetForwarding(project_.options.passes.commonAddresses);
     code_.SetDepth(frame_->GetRunningDepth());
     if (routine.standalone != nullptr && routine.standalone->isExpression) {
         code_.SetPosition(routine.standalone->expression->range.begin);

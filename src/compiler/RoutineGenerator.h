@@ -142,6 +142,7 @@ class RoutineGenerator {
     [[nodiscard]] static bool IsCheap(const Address& address) noexcept;
     /// Leaves the pointer in an entry of its own, with a new working entry above it.
     [[nodiscard]] Address Keep(const Address& address, Rooted rooted);
+    [[nodiscard]] static bool IsForwarded(const Address& address, const Type* type) noexcept;
     void LoadFrom(const Address& address, const Type* type);
     /// The value stays on the top.
     void StoreTo(const Address& address, const Type* type);

@@ -268,15 +268,25 @@ RoutineGenerator::Address RoutineGenerator::Keep(const Address& address, Rooted 
     return MakeSlotPointer(slot);
 }
 
+/// A store may cut a text, so only other values are the same in memory and on the stack.
+bool RoutineGenerator::IsForwarded(const Address& address, const Type* type) noexcept {
+    return address.base == BaseKind::Static && address.termCount == 0 && GetTypeInfo(type->storage).size != 0;
+}
+
 void RoutineGenerator::LoadFrom(const Address& address, const Type* type) {
+    const CodeBuffer::StoredValue value{address.location, address.offset, type->storage};
+    const bool isForwarded = IsForwarded(address, type);
+    if (isForwarded && code_.TopHolds(value)) return;
     EmitAddress(address, Rooted::No);
     code_.PointerLoad(type->storage, type->size);
+    if (isForwarded) code_.NoteTop(value);
 }
 
 void RoutineGenerator::StoreTo(const Address& address, const Type* type) {
     code_.Push();
     EmitAddress(address, Rooted::No);
     code_.PointerStore(type->storage, type->size);
+    if (IsForwarded(address, type)) code_.NoteTop({address.location, address.offset, type->storage});
 }
 
 const Type* RoutineGenerator::GetStoredType(const Place& place) const {
