@@ -181,8 +181,8 @@ void CodeBuffer::DropJumps() {
     bytes_ = std::move(bytes);
     fixups_ = std::move(left);
     const auto move = [&cuts](std::uint32_t& at) {
-        const auto next =
-            std::upper_bound(cuts.begin(), cuts.end(), at, [](std::uint32_t offset, const Cut& cut) { return offset <= cut.at; });
+        const auto next = std::upper_bound(cuts.begin(), cuts.end(), at,
+                                           [](std::uint32_t offset, const Cut& cut) { return offset <= cut.at; });
         if (next != cuts.begin()) at -= (next - 1)->removed;
     };
     for (Fixup& fixup : fixups_) {

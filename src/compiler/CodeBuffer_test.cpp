@@ -90,7 +90,7 @@ struct ThreadCase {
     const char* expected;  ///< distance of the first jump's operand, lowest byte
 };
 
-// first A; RET; A: second B; LD STACK; B: RET
+// first A; RET; A: second B; LD STACK; B: LD STACK; RET
 TEST(CodeBuffer, JumpsToJumpsLeadToTheirEnd) {
     const ThreadCase cases[] = {
         {"a jump follows every jump", Opcode::Jump, Opcode::Jump, "10 08 00 00 00"},
@@ -120,10 +120,67 @@ TEST(CodeBuffer, JumpsToJumpsLeadToTheirEnd) {
         code.LoadStack(0);
         code.SetDepth(1);
         code.Bind(b);
+        code.LoadStack(0);
         code.Return();
         code.ResolveJumps(true);
         EXPECT_EQ(Hex(code).substr(0, 14), std::string(row.expected).substr(0, 14));
     }
+}
+
+TEST(CodeBuffer, JumpsToReturnsReturnAndJumpsToTheNextInstructionGo) {
+    CodeBuffer code;
+    const Label next = code.NewLabel();
+    const Label end = code.NewLabel();
+    const Label start = code.NewLabel();
+    code.Bind(start);
+    code.JumpZero(next);
+    code.Bind(next);
+    code.SetPosition(7);
+    code.Push();
+    code.Call(1, static_cast<RoutineId>(3));
+    code.Pop();
+    code.JumpNotZero(start);
+    code.LoadStack(1);
+    code.Jump(end);
+    code.BindLoop(code.NewLabel());
+    code.SetPosition(9);
+    code.LoadStack(2);
+    code.JumpZero(start);
+    code.Bind(end);
+    code.Return();
+    code.ResolveJumps(true);
+    EXPECT_EQ(Hex(code),
+              "0A 15 01 00 00 00 00 0B "  // PUSH, CALL, POP
+              "12 F3 FF FF FF "           // JMPNZ start
+              "06 01 0C "                 // LD STACK[1], RET
+              "06 02 11 E9 FF FF FF 0C"   // LD STACK[2], JMPZ start, RET
+    );
+    ASSERT_EQ(code.GetCallSites().size(), 1U);
+    EXPECT_EQ(code.GetCallSites()[0].at, 3U);
+    ASSERT_EQ(code.GetPositions().size(), 2U);
+    EXPECT_EQ(code.GetPositions()[0].codeOffset, 0U);
+    EXPECT_EQ(code.GetPositions()[1].codeOffset, 16U);
+}
+
+TEST(CodeBuffer, WhatTheTopHoldsIsNotLoadedAgain) {
+    CodeBuffer code;
+    code.SetForwarding(true);
+    code.StoreStack(1);
+    code.LoadStack(1);
+    code.LoadStack(2);
+    code.LoadStack(2);
+    code.Push();
+    code.LoadStack(2);
+    code.Bind(code.NewLabel());
+    code.LoadStack(2);
+    EXPECT_EQ(Hex(code), "07 01 06 02 0A 06 02 06 02");
+    const CodeBuffer::StoredValue value{LocationKind::Global, 4, ElementaryType::Int};
+    code.NoteTop(value);
+    EXPECT_TRUE(code.TopHolds(value));
+    EXPECT_FALSE(code.TopHolds({LocationKind::Global, 4, ElementaryType::UInt}));
+    EXPECT_FALSE(code.TopHolds({LocationKind::Local, 4, ElementaryType::Int}));
+    code.Pop();
+    EXPECT_FALSE(code.TopHolds(value));
 }
 
 TEST(CodeBuffer, JumpsInACircleEnd) {

@@ -16,6 +16,7 @@ bool RoutineGenerator::Generate(const Routine& routine, bool mayRecur, std::uint
     failed_ = false;
     const auto [place, isNew] = frames_.try_emplace(pou_);
     if (isNew && !LayOutFrame(project_, declarations_, *pou_, mayRecur, globalSize, place->second)) return false;
+    if (isNew && project_.options.passes.commonAddresses) ChooseLocalData(*pou_, place->second);
     frame_ = &place->second;
     tempInUse_ = static_cast<std::uint32_t>(frame_->tempData.size());
     tempSize_ = tempInUse_;
@@ -44,7 +45,15 @@ void RoutineGenerator::EmitProlog() {
     prolog_.Clear();
     prolog_.SetDepth(frame_->GetEntryDepth());
     if (pou_->declaration != nullptr) prolog_.SetPosition(pou_->declaration->range.begin);
-    if (frame_->instanceSlot >= 0) prolog_.InitLocalData(GetInstanceSize());
+    if (frame_->instanceSlot >= 0) {
+        const auto slot = static_cast<std::uint32_t>(frame_->instanceSlot);
+        // Of blocks and methods it is the last argument.
+        if (slot != prolog_.GetTopIndex()) {
+            prolog_.Push();
+            prolog_.LoadStack(slot);
+        }
+        prolog_.InitLocalData(frame_->instanceSize);
+    }
     if (tempSize_ != 0) {
         scratch_ = frame_->tempData;
         scratch_.resize(tempSize_);
@@ -56,18 +65,13 @@ void RoutineGenerator::EmitProlog() {
     std::swap(prolog_, code_);
 }
 
-std::uint32_t RoutineGenerator::GetInstanceSize() const noexcept {
-    const Pou* block = pou_->kind == ast::PouKind::FunctionBlock ? pou_ : pou_->container;
-    return block->type->size;
-}
-
 void RoutineGenerator::EmitSlots() {
     std::uint32_t index = frame_->argumentCount;
     for (const Frame::LocalSlot& slot : frame_->slots) {
-        if (index++ >= frame_->GetEntryDepth()) code_.Push();
+        if (index++ >= code_.GetDepth()) code_.Push();
         if (slot.needsInitial) InitialValueOf(*slot.variable);
     }
-    if (index >= frame_->GetEntryDepth()) code_.Push();
+    if (index >= code_.GetDepth()) code_.Push();
 }
 
 void RoutineGenerator::InitialValueOf(const Variable& variable) {

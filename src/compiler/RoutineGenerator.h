@@ -303,7 +303,6 @@ class RoutineGenerator {
     void LeaveRoutine();
     /// LD STACK of an entry that is no slot.
     void LoadEntry(std::uint32_t index);
-    [[nodiscard]] std::uint32_t GetInstanceSize() const noexcept;
 
     Project& project_;
     Declarations& declarations_;

@@ -45,7 +45,10 @@ RoutineGenerator::Address RoutineGenerator::ResolveVariable(const Variable& vari
         case StorageKind::Constant: return MakeStatic(LocationKind::GlobalConstant, offset);
         case StorageKind::Instance: return MakeStatic(LocationKind::Local, offset);
         case StorageKind::Temp: return MakeStatic(LocationKind::Temp, offset);
-        case StorageKind::SlotPointer: return AtOffset(MakeSlotPointer(storage.offset), offset - storage.offset);
+        case StorageKind::SlotPointer:
+            if (static_cast<std::int64_t>(storage.offset) == frame_->instanceSlot)
+                return MakeStatic(LocationKind::Local, offset - storage.offset);
+            return AtOffset(MakeSlotPointer(storage.offset), offset - storage.offset);
         case StorageKind::InstancePointer:
             address.base = BaseKind::InstancePointer;
             address.pointerOffset = storage.offset;
