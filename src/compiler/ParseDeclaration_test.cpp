@@ -49,7 +49,7 @@ TEST(ParseType, EveryKindOfTypeHasItsTree) {
          "(TYPE a (STRUCT (x (STRUCT (y INT)))))"},
         {"TYPE a : STRUCT step, union, to : INT; END_STRUCT END_TYPE",
          "(TYPE a (STRUCT (step INT) (union INT) (to INT)))"},
-        {"{attribute 'q'} TYPE {attribute 'p'} a : INT; END_TYPE", "(TYPE a {attribute 'p'} INT)"},
+        {"{attribute 'q'} TYPE {attribute 'p'} a : INT; END_TYPE", "(TYPE a {attribute 'q'} {attribute 'p'} INT)"},
         {"TYPE END_TYPE", ""},
     };
     ExpectUnits(kRows);

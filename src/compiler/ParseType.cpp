@@ -202,6 +202,8 @@ ast::Identifier FileParser::ParseQualifiedName(std::string_view owner) {
 }
 
 void FileParser::ParseTypeBlock(List<ast::TypeDecl*>& types) {
+    // Pragmas in front of TYPE are meant for every type of the block; as a rule there is one.
+    const std::span<std::string_view> shared = TakeAttributes();
     const Token opener = At();
     Take();
     if (Is(Keyword::Internal) && IsName(Ahead(1))) Take();
@@ -211,7 +213,16 @@ void FileParser::ParseTypeBlock(List<ast::TypeDecl*>& types) {
             Hint(at_[-1].range, "superfluous ';'");
         if (IsBound(At())) break;
         if (GetKeywordRow(At().keyword).role == KeywordRole::Statement) break;
-        types.Add(ParseTypeDecl());
+        ast::TypeDecl* const type = ParseTypeDecl();
+        if (!shared.empty()) {
+            List<std::string_view> attributes(*this);
+            for (const std::string_view each : shared)
+                attributes.Add(each);
+            for (const std::string_view each : type->attributes)
+                attributes.Add(each);
+            type->attributes = attributes.Finish();
+        }
+        types.Add(type);
     }
     --OpenCount(Keyword::EndType);
     ExpectEnd(Keyword::EndType, opener);
