@@ -126,6 +126,15 @@ Entity BodyChecker::FromVariable(Variable* declared, SourceRange range) {
         entity.value = New(ConstantExpr{{ExprKind::Constant, variable->type, range}, &*variable->constantValue, false});
         return entity;
     }
+    if (project_.usesStartValues) {
+        if (const CValue* start = declarations_->GetStartValue(*variable)) {
+            variable->isRead = true;
+            Entity entity;
+            entity.kind = Entity::Kind::Value;
+            entity.value = New(ConstantExpr{{ExprKind::Constant, variable->type, range}, start, false});
+            return entity;
+        }
+    }
     const char* readOnly = nullptr;
     if (variable->isConstant) {
         readOnly = "a constant";

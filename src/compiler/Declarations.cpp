@@ -97,6 +97,10 @@ const InitialValue* Declarations::GetInitial(Variable& variable) {
     return state_->GetInitial(variable);
 }
 
+const CValue* Declarations::GetStartValue(Variable& variable) {
+    return state_->GetStartValue(variable);
+}
+
 void Declarations::WriteInitial(const Type* type, const InitialValue* initial, std::span<unsigned char> bytes) const {
     WriteInitialBytes(type, initial, bytes);
 }

@@ -50,6 +50,9 @@ class Declarations {
     [[nodiscard]] const InitialValue* CheckInitial(const ast::Expr& value, const Type* type, const Scope* scope);
     /// The initial value of a variable, checked when first asked for; null for the type's default, and after a message.
     [[nodiscard]] const InitialValue* GetInitial(Variable& variable);
+    /// The value that a variable at a fixed place starts with; null for aggregates, pointers, tags, constants, and for
+    /// variables that come and go with a call.
+    [[nodiscard]] const CValue* GetStartValue(Variable& variable);
     /// Writes the initial bytes of a variable of the type: `initial`, or the type's default when that is null.
     /// `bytes` has the type's size.
     void WriteInitial(const Type* type, const InitialValue* initial, std::span<unsigned char> bytes) const;

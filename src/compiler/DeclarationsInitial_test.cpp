@@ -16,7 +16,7 @@ TYPE
   Row : ARRAY[0..2] OF BYTE := [1, 2];
 END_TYPE
 VAR_GLOBAL CONSTANT N : INT := 2; ORIGIN : Point := (x := 1, y := 1); TABLE : ARRAY[0..2] OF BYTE := [7, 8, 9]; END_VAR
-VAR_GLOBAL g : ARRAY[0..3] OF INT; h : Point; first : INT := second; second : INT := 11; END_VAR
+VAR_GLOBAL g : ARRAY[0..3] OF INT; h : Point; first : INT := second; second : INT := 11; moved : Moved; END_VAR
 )";
 
 struct BytesCase {
@@ -98,6 +98,10 @@ TEST(DeclarationInitial, BytesAreThoseOfTheValue) {
         {"UNION a : DWORD; b : BYTE; END_UNION := (b := 7)", "07000000"},
         {"ARRAY[0..2] OF BYTE := TABLE", "070809"},
         {"INT := first", "0B00"},
+        {"INT := first * N", "1600"},
+        {"REAL := second", "00003041"},
+        {"STRUCT a : INT := first; END_STRUCT", "0B00"},
+        {"Moved := moved", "09000300"},
         // Pointers: g lies at 0, h behind it.
         {"POINTER TO INT := 0", "0000000000000000"},
         {"POINTER TO INT := NULL", "0000000000000000"},
@@ -253,6 +257,20 @@ TEST(DeclarationInitial, RingsAreReportedOnce) {
         ASSERT_FALSE(project.Errors().empty()) << text;
         EXPECT_EQ(project.Errors().front(), reported.front()) << text << '\n' << project.Messages();
     }
+}
+
+TEST(DeclarationInitial, WhatStartsWithEachCallNeedsConstants) {
+    using enum DiagnosticCode;
+    Resolved project(
+        "VAR_GLOBAL g : INT := 5; a : ARRAY[0..1] OF INT; END_VAR\n"
+        "FUNCTION F : INT VAR x : INT := g; y : ARRAY[0..1] OF INT := a; END_VAR END_FUNCTION\n"
+        "PROGRAM P VAR_TEMP x : INT := g; END_VAR VAR y : INT := g; END_VAR END_PROGRAM\n"
+        "VAR_GLOBAL CONSTANT c : INT := g; END_VAR");
+    EXPECT_EQ(
+        project.Errors(),
+        (std::vector<Reported>{{2, 33, NotConstant}, {2, 62, NotConstant}, {3, 31, NotConstant}, {4, 32, NotConstant}}))
+        << project.Messages();
+    EXPECT_EQ(project.BytesOf("P.y"), "0500");
 }
 
 TEST(DeclarationInitial, HugeRepeatsAreWrittenAtOnce) {

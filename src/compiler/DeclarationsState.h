@@ -144,6 +144,8 @@ struct Declarations::State {
     void ResolvePou(Pou& pou);
     void CheckSections(const Pou& pou);
     const InitialValue* GetInitial(Variable& variable);
+    void CheckInitial(Variable& variable);
+    const CValue* GetStartValue(Variable& variable);
 
     // --- layout (DeclarationsLayout.cpp) ---
     bool CompleteBlock(Pou& pou);

@@ -430,6 +430,7 @@ bool Declarations::State::FillStruct(OpenStruct& open) {
 void Declarations::State::CheckFieldInitials(OpenStruct& open) {
     if (open.hasInitials) return;
     open.hasInitials = true;
+    project.usesStartValues = true;
     if (open.type->base != nullptr) {
         CheckFieldInitials(*structByType.at(open.type->base));
         const std::vector<Field>& inherited = open.type->base->fields;

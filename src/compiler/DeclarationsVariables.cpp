@@ -1,7 +1,9 @@
 #include <algorithm>
+#include <utility>
 
 #include "compiler/Checker.h"
 #include "compiler/DeclarationsState.h"
+#include "compiler/FixedPlace.h"
 
 namespace tn61131::st {
 
@@ -15,6 +17,13 @@ std::uint32_t WeightOf(const ast::Expr& expression) noexcept {
 
 bool IsParameter(ast::VarSection section) noexcept {
     return section == ast::VarSection::Input || section == ast::VarSection::Output || section == ast::VarSection::InOut;
+}
+
+/// Whether a variable has its initial value before anything runs, rather than with each call.
+bool ExistsFromStart(const Variable& variable) noexcept {
+    if (variable.section == ast::VarSection::Temp) return false;
+    if (variable.owner == nullptr || variable.section == ast::VarSection::Static) return true;
+    return variable.owner->kind == ast::PouKind::Program || variable.owner->kind == ast::PouKind::FunctionBlock;
 }
 
 /// A function block keeps its inputs and outputs, so their size must be known.
@@ -107,7 +116,9 @@ void Declarations::State::ResolveValue(Variable& variable) {
     variable.progress = Progress::Evaluating;
     const Type* const type = variable.type;
     if (guard.Check(variable.name, variable.declared)) {
+        const bool usesStartValues = std::exchange(project.usesStartValues, false);
         variable.constantValue = checker.EvaluateConstant(*initial, type, variable.scope);
+        project.usesStartValues = usesStartValues;
     }
     variable.progress = Progress::Done;
     // What is wrong with the value was reported: uses shall not be reported again.
@@ -131,21 +142,40 @@ const InitialValue* Declarations::State::GetInitial(Variable& variable) {
     }
     if (variable.progress != Progress::Typed) return variable.initial;
     variable.progress = Progress::Evaluating;
-    const ast::VarDecl& declaration = *variable.declaration;
-    const bool isWanted = variable.type->kind != TypeKind::Error && Complete(variable.type, variable.declared);
-    if (isWanted && declaration.initial != nullptr) {
-        const Depth guard(*this, WeightOf(*declaration.initial));
-        if (variable.section == ast::VarSection::InOut || variable.section == ast::VarSection::External) {
-            Report(DiagnosticCode::InitialNotWritable, declaration.initial->range, {Spelling(variable.name)});
-        } else if (guard.Check(variable.name, variable.declared)) {
-            variable.initial = initials.Check(*declaration.initial, variable.type, variable.scope);
-        }
-    } else if (isWanted && !declaration.blockInit.empty()) {
-        variable.initial =
-            initials.CheckArguments(declaration.blockInit, variable.declared, variable.type, variable.scope);
-    }
+    const bool usesStartValues = std::exchange(project.usesStartValues, ExistsFromStart(variable));
+    if (variable.type->kind != TypeKind::Error && Complete(variable.type, variable.declared)) CheckInitial(variable);
+    project.usesStartValues = usesStartValues;
     variable.progress = Progress::Done;
     return variable.initial;
+}
+
+void Declarations::State::CheckInitial(Variable& variable) {
+    const ast::VarDecl& declaration = *variable.declaration;
+    if (declaration.initial == nullptr) {
+        if (declaration.blockInit.empty()) return;
+        variable.initial =
+            initials.CheckArguments(declaration.blockInit, variable.declared, variable.type, variable.scope);
+        return;
+    }
+    const Depth guard(*this, WeightOf(*declaration.initial));
+    if (variable.section == ast::VarSection::InOut || variable.section == ast::VarSection::External) {
+        Report(DiagnosticCode::InitialNotWritable, declaration.initial->range, {Spelling(variable.name)});
+    } else if (guard.Check(variable.name, variable.declared)) {
+        variable.initial = initials.Check(*declaration.initial, variable.type, variable.scope);
+    }
+}
+
+const CValue* Declarations::State::GetStartValue(Variable& variable) {
+    if (!HasFixedPlace(variable) || variable.storage.kind == StorageKind::Tag) return nullptr;
+    if (IsAggregate(variable.type) || IsPointer(variable.type)) return nullptr;
+    const InitialValue* initial = GetInitial(variable);
+    if (variable.type->kind == TypeKind::Error) return nullptr;
+    if (initial == nullptr) {
+        // The default of the type, kept like a value that was written.
+        initial = initials.MakeScalar(variable.type, GetInitialScalar(variable.type, nullptr));
+        variable.initial = initial;
+    }
+    return initial->kind == InitialValue::Kind::Scalar ? &static_cast<const ScalarInitial*>(initial)->value : nullptr;
 }
 
 void Declarations::State::ResolvePou(Pou& pou) {

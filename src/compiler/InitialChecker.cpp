@@ -92,34 +92,32 @@ const InitialValue* InitialChecker::CheckScalar(const ast::Expr& value, const Ty
     if (value.kind == ast::ExprKind::ArrayInit || value.kind == ast::ExprKind::StructInit) {
         return NoInitial(value.range, type);
     }
-    // Another variable's name stands for the value that it starts with.
-    if (IsPlace(value)) {
-        if (const InitialValue* copy = CopyOf(value, type, scope)) return copy;
-    }
     std::optional<CValue> constant = checker_.EvaluateConstant(value, type, scope);
     if (!constant) return nullptr;
     return MakeScalar(type, std::move(*constant));
 }
 
-/// The initial value of the variable or constant that `value` names, where that is one of the same type with a value
-/// of its own. For aggregates null comes after a message, for others without.
+/// The initial value of the variable or constant of the same type that `value` names.
 const InitialValue* InitialChecker::CopyOf(const ast::Expr& value, const Type* type, Scope* scope) {
-    const bool isAggregate = IsAggregate(type);
-    if (value.kind != ast::ExprKind::Name) return isAggregate ? NoInitial(value.range, type) : nullptr;
+    if (value.kind != ast::ExprKind::Name) return NoInitial(value.range, type);
     const NameId name = static_cast<const ast::NameExpr&>(value).name;
     const Symbol* symbol = declarations_.Lookup(name, scope);
-    if (symbol == nullptr && isAggregate) {
+    if (symbol == nullptr) {
         project_.diagnostics.Report(DiagnosticCode::UnknownName, value.range, {project_.names.GetSpelling(name)});
         return nullptr;
     }
-    if (symbol == nullptr || symbol->kind != Symbol::Kind::Variable) {
-        return isAggregate ? NoInitial(value.range, type) : nullptr;
-    }
-    const Variable& other = symbol->variable->aliasOf != nullptr ? *symbol->variable->aliasOf : *symbol->variable;
+    if (symbol->kind != Symbol::Kind::Variable) return NoInitial(value.range, type);
+    Variable& other = symbol->variable->aliasOf != nullptr ? *symbol->variable->aliasOf : *symbol->variable;
     if (other.type->kind == TypeKind::Error) return nullptr;
-    if (!isAggregate && (other.constantValue || !HasFixedPlace(other))) return nullptr;
-    if (Strip(other.type) != Strip(type)) return isAggregate ? NoInitial(value.range, type) : nullptr;
-    return declarations_.GetInitial(*symbol->variable);
+    if (Strip(other.type) != Strip(type)) return NoInitial(value.range, type);
+    if (!other.isConstant && !(project_.usesStartValues && HasFixedPlace(other))) {
+        project_.diagnostics.Report(DiagnosticCode::NotConstant, value.range);
+        return nullptr;
+    }
+    if (const InitialValue* initial = declarations_.GetInitial(other)) return initial;
+    // The other one has the default of its own type, all members included.
+    return project_.arena.New<MembersInitial>(
+        MembersInitial{{InitialValue::Kind::Members, other.type}, std::span<const InitialMember>()});
 }
 
 const InitialValue* InitialChecker::CheckPointer(const ast::Expr& value, const Type* type, Scope* scope) {
@@ -136,8 +134,7 @@ const InitialValue* InitialChecker::CheckPointer(const ast::Expr& value, const T
     }
     if (!IsPlace(value)) return NoInitial(value.range, type);
     if (pointer.kind == TypeKind::Reference) return CheckAddress(value, pointer, scope);
-    const InitialValue* copy = CopyOf(value, type, scope);
-    return copy != nullptr ? copy : NoInitial(value.range, type);
+    return CopyOf(value, type, scope);
 }
 
 const InitialValue* InitialChecker::CheckAddress(const ast::Expr& expression, const PointerType& type, Scope* scope) {

@@ -14,7 +14,7 @@ namespace {
 
 using Bytes = std::span<unsigned char>;
 
-void WriteValue(const Type* type, const InitialValue& initial, Bytes bytes);
+void WriteValue(const InitialValue& initial, Bytes bytes);
 
 /// The number's low bytes, as the machine is little-endian.
 void WriteInteger(std::int64_t value, Bytes bytes) {
@@ -96,13 +96,13 @@ void WriteArray(const ArrayInitial& array, Bytes bytes) {
             WriteElements(array.element, all);
             continue;
         }
-        WriteValue(array.element, *run.value, all.first(size));
+        WriteValue(*run.value, all.first(size));
         Replicate(all, size);
     }
     WriteElements(array.element, bytes.subspan(place));
 }
 
-void WriteValue(const Type* type, const InitialValue& initial, Bytes bytes) {
+void WriteValue(const InitialValue& initial, Bytes bytes) {
     switch (initial.kind) {
         case InitialValue::Kind::Scalar: {
             const CValue& value = static_cast<const ScalarInitial&>(initial).value;
@@ -112,7 +112,7 @@ void WriteValue(const Type* type, const InitialValue& initial, Bytes bytes) {
         case InitialValue::Kind::Address: WriteAddress(static_cast<const AddressInitial&>(initial), bytes); break;
         case InitialValue::Kind::Array: WriteArray(static_cast<const ArrayInitial&>(initial), bytes); break;
         case InitialValue::Kind::Members:
-            WriteDefault(type, bytes);
+            WriteDefault(initial.type, bytes);
             for (const InitialMember& member : static_cast<const MembersInitial&>(initial).members) {
                 WriteInitialBytes(member.type, member.value, bytes.subspan(member.offset, member.type->size));
             }
@@ -143,7 +143,7 @@ void WriteInitialBytes(const Type* type, const InitialValue* initial, Bytes byte
     if (initial == nullptr) {
         WriteDefault(type, bytes);
     } else {
-        WriteValue(type, *initial, bytes);
+        WriteValue(*initial, bytes);
     }
 }
 

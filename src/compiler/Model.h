@@ -190,6 +190,9 @@ struct Project {
     std::vector<ProgramEntry> programs;
     std::vector<Task> tasks;
     std::vector<Standalone> standalones;
+    /// Set while the initial value of what exists from the start is evaluated: in it, variables stand for the values
+    /// that they start with (see Declarations::GetStartValue).
+    bool usesStartValues = false;
     std::vector<unsigned char> globalData;  ///< with the initial values
     std::vector<unsigned char> constants;
 };
