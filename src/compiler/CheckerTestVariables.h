@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include "compiler/CheckerTesting.h"
+#include "compiler/TreeInvariant.h"
 
 /// What the tables of the checker's tests share: a program with one variable of every kind.
 namespace tn61131::st::testing {
