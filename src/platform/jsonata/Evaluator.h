@@ -115,7 +115,7 @@ class Evaluator {
     [[nodiscard]] Value MakeTuples(const Value& items);
     [[nodiscard]] Value ApplyStages(const Expr& step, Value value, FrameNode* frame);
     [[nodiscard]] Value Filter(const Expr& predicate, const Value& value, FrameNode* frame);
-    [[nodiscard]] bool Selects(const Value& result, std::size_t index, std::size_t size);
+    [[nodiscard]] std::size_t CountSelections(const Value& result, std::size_t index, std::size_t size);
     [[nodiscard]] Value Sort(const Expr& sort, const Value& items, FrameNode* frame);
     [[nodiscard]] Value Group(const std::vector<std::pair<ExprPtr, ExprPtr>>& pairs, const Value& input,
                               FrameNode* frame);

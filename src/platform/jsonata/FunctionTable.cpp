@@ -134,7 +134,8 @@ const Value& NativeCall::operator[](std::size_t index) const noexcept {
 }
 
 Value NativeCall::Invoke(const Value& function, std::vector<Value> values) const {
-    return evaluator.Call(function, std::move(values), {site.context, site.frame, nullptr});
+    static const Value noContext = Value::Null();
+    return evaluator.Call(function, std::move(values), {&noContext, site.frame, nullptr});
 }
 
 Value NativeCall::InvokeFor(const Value& function, const Value& value, const Value& position,

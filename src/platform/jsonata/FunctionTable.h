@@ -21,7 +21,7 @@ struct NativeCall {
 
     /// An argument; undefined where it was left out.
     [[nodiscard]] const Value& operator[](std::size_t index) const noexcept;
-    /// Calls a function that was given as an argument.
+    /// Calls a function that was given as an argument; there is no context that could stand for missing ones.
     [[nodiscard]] Value Invoke(const Value& function, std::vector<Value> values) const;
     /// Calls it with as many of a value, its position or name, and what it is part of as the function takes.
     [[nodiscard]] Value InvokeFor(const Value& function, const Value& value, const Value& position,

@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "platform/jsonata/EvaluationError.h"
+#include "platform/jsonata/Signature.h"
 
 namespace tn61131::jsonata {
 
@@ -44,6 +45,15 @@ void Adopt(Syntax& parent, SyntaxPtr child) {
     parent.depth = std::max(parent.depth, child->depth + 1);
     if (parent.depth > kMaxNesting) ThrowAt(parent.offset, "U1004", std::to_string(kMaxNesting));
     parent.children.push_back(std::move(child));
+}
+
+std::shared_ptr<const Signature> ParseSignature(std::string_view text, std::size_t offset) {
+    try {
+        return Signature::Parse(text);
+    } catch (EvaluationError& error) {
+        error.offset = offset;
+        throw;
+    }
 }
 
 }  // namespace
@@ -283,9 +293,9 @@ SyntaxPtr Parser::Lambda(const Token& token, const std::vector<SyntaxPtr>& param
     }
     if (PeekIs("<")) {
         const std::size_t begin = ahead_.begin;
-        lambda->signatureOffset = begin;
         position_ = tokenizer_.EndOfSignature(begin);
         lambda->text = tokenizer_.GetText().substr(begin, position_ - begin);
+        lambda->signature = ParseSignature(lambda->text, begin);
     }
     Require("{");
     Adopt(*lambda, Expression(0));

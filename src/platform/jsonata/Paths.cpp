@@ -131,7 +131,6 @@ Value Evaluator::MakeTuples(const Value& items) {
     const std::size_t size = items.IsUndefined() ? 0 : items.GetSize();
     for (std::size_t i = 0; i < size; ++i) {
         Value item = items.GetElement(i);
-        if (item.IsUndefined()) continue;
         if (!item.IsTuple()) {
             Ref<TupleNode> tuple = heap_.Make<TupleNode>();
             tuple->item = std::move(item);
@@ -215,23 +214,24 @@ Value Evaluator::ApplyStages(const Expr& step, Value value, FrameNode* frame) {
     return value;
 }
 
-// Whether a predicate's result selects the element at `index`: by number, by any of its numbers, or by being true.
-bool Evaluator::Selects(const Value& result, std::size_t index, std::size_t size) {
+// How often a predicate's result selects the element at `index`: by a number, by each number of an array, or by being
+// true.
+std::size_t Evaluator::CountSelections(const Value& result, std::size_t index, std::size_t size) {
     const auto isIndex = [&](double number) {
         double wanted = std::floor(number);
         if (wanted < 0) wanted += static_cast<double>(size);
         return wanted == static_cast<double>(index);
     };
-    if (result.IsNumber()) return isIndex(result.GetNumber());
-    if (!result.IsArray()) return AsBoolean(result, *this);
-    bool isSelected = false;
+    if (result.IsNumber()) return isIndex(result.GetNumber()) ? 1 : 0;
+    if (!result.IsArray()) return AsBoolean(result, *this) ? 1 : 0;
+    std::size_t count = 0;
     for (std::size_t i = 0; i < result.GetSize(); ++i) {
         Tick();
         const Value element = result.GetElement(i);
-        if (!element.IsNumber()) return AsBoolean(result, *this);
-        isSelected = isSelected || isIndex(element.GetNumber());
+        if (!element.IsNumber()) return AsBoolean(result, *this) ? 1 : 0;
+        if (isIndex(element.GetNumber())) ++count;
     }
-    return isSelected;
+    return count;
 }
 
 Value Evaluator::Filter(const Expr& predicate, const Value& value, FrameNode* frame) {
@@ -251,11 +251,13 @@ Value Evaluator::Filter(const Expr& predicate, const Value& value, FrameNode* fr
     }
     for (std::size_t i = 0; i < size; ++i) {
         Tick();
-        Value item = element(i);
+        const Value item = element(i);
         const bool isTuple = item.IsTuple();
         const Ref<FrameNode> inner = isTuple ? FrameOfTuple(item, frame) : Ref<FrameNode>(frame);
         const Value context = isTuple ? item.GetTuple().item : item;
-        if (Selects(Evaluate(predicate, context, inner.Get()), i, size)) result->Push(std::move(item));
+        std::size_t selections = CountSelections(Evaluate(predicate, context, inner.Get()), i, size);
+        for (; selections > 0; --selections)
+            result->Push(item);
     }
     return Value(std::move(result));
 }

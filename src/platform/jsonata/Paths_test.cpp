@@ -49,6 +49,7 @@ TEST(JSONataPaths, PredicatesSelectByPositionOrTruth) {
         {"lines[1.9].id", "\"L2\""},
         {"lines[$count($$.lines) - 3].id", "\"L1\""},
         {"lines[[0, 2]].id", R"(["L1","L3"])"},
+        {"lines[[-1, 0, 2]].id", R"(["L1","L3","L3"])"},
         {"lines[rate > 1].id", R"(["L1","L3"])"},
         {"lines[rate > 1][1].id", "\"L3\""},
         {"lines[stations].id", R"(["L1","L2"])"},

@@ -9,7 +9,6 @@
 #include "platform/jsonata/FunctionTable.h"
 #include "platform/jsonata/NumberText.h"
 #include "platform/jsonata/Regex.h"
-#include "platform/jsonata/Signature.h"
 #include "platform/jsonata/Syntax.h"
 
 namespace tn61131::jsonata {
@@ -335,19 +334,10 @@ class Resolver {
         ExprPtr lambda = Make(Kind::Lambda, syntax);
         for (const std::string& name : syntax.names)
             lambda->parameters.emplace_back(name);
-        if (!syntax.text.empty()) lambda->signature = ParseSignature(syntax);
+        lambda->signature = syntax.signature;
         lambda->children.push_back(Process(*syntax.children[0]));
         MarkTailCalls(*lambda->children[0]);
         return lambda;
-    }
-
-    static std::shared_ptr<const Signature> ParseSignature(const Syntax& syntax) {
-        try {
-            return Signature::Parse(syntax.text);
-        } catch (EvaluationError& error) {
-            error.offset = syntax.signatureOffset;
-            throw;
-        }
     }
 
     static void MarkTailCalls(Expr& expr) {

@@ -9,6 +9,7 @@
 
 namespace tn61131::jsonata {
 
+class Signature;
 struct Syntax;
 using SyntaxPtr = std::unique_ptr<Syntax>;
 
@@ -46,14 +47,14 @@ struct Syntax {
     };
 
     Kind kind = Kind::Name;
-    std::size_t offset = 0;           ///< of the token that makes the expression, in bytes
-    std::size_t signatureOffset = 0;  ///< of a lambda\'s signature
+    std::size_t offset = 0;  ///< of the token that makes the expression, in bytes
     std::string text;
     std::string flags;
     double number = 0;
     std::vector<SyntaxPtr> children;
     std::vector<std::string> names;
-    bool keepArray = false;  ///< followed by []
+    std::shared_ptr<const Signature> signature;  ///< of a lambda that has one
+    bool keepArray = false;                      ///< followed by []
     std::uint32_t depth = 1;
 };
 
