@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <limits>
 #include <string>
+#include <utility>
 
 #include "compiler/Checker.h"
 #include "compiler/DeclarationsState.h"
@@ -430,7 +431,11 @@ bool Declarations::State::FillStruct(OpenStruct& open) {
 void Declarations::State::CheckFieldInitials(OpenStruct& open) {
     if (open.hasInitials) return;
     open.hasInitials = true;
-    project.usesStartValues = true;
+    const struct Restore {
+        bool& flag;
+        bool before;
+        ~Restore() { flag = before; }
+    } restore{project.usesStartValues, std::exchange(project.usesStartValues, true)};
     if (open.type->base != nullptr) {
         CheckFieldInitials(*structByType.at(open.type->base));
         const std::vector<Field>& inherited = open.type->base->fields;
