@@ -431,11 +431,7 @@ bool Declarations::State::FillStruct(OpenStruct& open) {
 void Declarations::State::CheckFieldInitials(OpenStruct& open) {
     if (open.hasInitials) return;
     open.hasInitials = true;
-    const struct Restore {
-        bool& flag;
-        bool before;
-        ~Restore() { flag = before; }
-    } restore{project.usesStartValues, std::exchange(project.usesStartValues, true)};
+    const bool usesStartValues = std::exchange(project.usesStartValues, true);
     if (open.type->base != nullptr) {
         CheckFieldInitials(*structByType.at(open.type->base));
         const std::vector<Field>& inherited = open.type->base->fields;
@@ -451,8 +447,9 @@ void Declarations::State::CheckFieldInitials(OpenStruct& open) {
                 ? initials.Check(*declaration->initial, field->type, open.scope)
                 : initials.CheckArguments(declaration->blockInit, declaration->name.range, field->type, open.scope);
     }
-    if (open.initial == nullptr) return;
-    const InitialValue* initial = initials.Check(*open.initial, open.type, open.scope);
+    const InitialValue* initial = nullptr;
+    if (open.initial != nullptr) initial = initials.Check(*open.initial, open.type, open.scope);
+    project.usesStartValues = usesStartValues;
     if (initial == nullptr || initial->kind != InitialValue::Kind::Members) return;
     for (const InitialMember& member : static_cast<const MembersInitial*>(initial)->members) {
         const auto place = std::ranges::find(open.type->fields, member.name, &Field::name);
