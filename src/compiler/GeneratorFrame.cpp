@@ -2,6 +2,7 @@
 
 #include <string>
 #include <unordered_map>
+#include <unordered_set>
 
 #include "compiler/TreeWalk.h"
 
@@ -127,6 +128,85 @@ class FrameLayout {
     Frame& frame_;
 };
 
+/// Finds the variables that are assigned before anything reads them, whatever way the body takes.
+class FirstUseFinder final : public TreeWalker {
+ public:
+    [[nodiscard]] bool IsAssignedFirst(const Variable* variable) const {
+        const auto found = assignedFirst_.find(variable);
+        return found == assignedFirst_.end() || found->second;
+    }
+    /// The same, before the routine can be left.
+    [[nodiscard]] bool IsResultAssignedFirst(const Variable* result) const { return resultAssigned_.contains(result); }
+
+ private:
+    void VisitPlace(Place*& place, Use use) override {
+        WalkChildren(*place, use);
+        if (place->kind != PlaceKind::Variable) return;
+        const Variable* variable = static_cast<const VariablePlace&>(*place).variable;
+        const bool isAssigned = use == Use::Write && conditions_ == 0;
+        assignedFirst_.try_emplace(variable, isAssigned);
+        if (isAssigned && !mayReturn_) resultAssigned_.insert(variable);
+    }
+    void VisitExpr(Expr*& expr) override {
+        switch (expr->kind) {
+            case ExprKind::Logical: {
+                auto& logical = static_cast<LogicalExpr&>(*expr);
+                Walk(logical.left);
+                const Condition condition(*this);
+                return Walk(logical.right);
+            }
+            case ExprKind::Select: {
+                auto& select = static_cast<SelectExpr&>(*expr);
+                Walk(select.condition);
+                const Condition condition(*this);
+                Walk(select.whenTrue);
+                return Walk(select.whenFalse);
+            }
+            case ExprKind::CallFunction:
+            case ExprKind::CallBuiltIn: {
+                // EN may skip it.
+                const Condition condition(*this);
+                return WalkChildren(*expr);
+            }
+            default: return WalkChildren(*expr);
+        }
+    }
+    void VisitStmt(Stmt*& stmt) override {
+        switch (stmt->kind) {
+            case StmtKind::Return: mayReturn_ = true; return;
+            case StmtKind::If: Walk(static_cast<IfStmt&>(*stmt).condition); break;
+            case StmtKind::Case: Walk(static_cast<CaseStmt&>(*stmt).selector); break;
+            case StmtKind::While: Walk(static_cast<WhileStmt&>(*stmt).condition); break;
+            case StmtKind::For: {
+                auto& loop = static_cast<ForStmt&>(*stmt);
+                Walk(loop.to);
+                Walk(loop.by);
+                Walk(loop.from);
+                Walk(loop.counter, Use::Write);
+                break;
+            }
+            case StmtKind::Repeat:
+            case StmtKind::CallBlock: break;
+            default: return WalkChildren(*stmt);
+        }
+        const Condition condition(*this);
+        WalkChildren(*stmt);
+    }
+
+    struct Condition {
+        explicit Condition(FirstUseFinder& finder) noexcept : owner(finder) { ++owner.conditions_; }
+        Condition(const Condition&) = delete;
+        Condition& operator=(const Condition&) = delete;
+        ~Condition() { --owner.conditions_; }
+        FirstUseFinder& owner;
+    };
+
+    std::unordered_map<const Variable*, bool> assignedFirst_;
+    std::unordered_set<const Variable*> resultAssigned_;
+    std::uint32_t conditions_ = 0;
+    bool mayReturn_ = false;
+};
+
 /// Counts for each variable how often a part behind its beginning is reached.
 class PartCounter final : public TreeWalker {
  public:
@@ -184,6 +264,16 @@ void ChooseLocalData(Pou& pou, Frame& frame) {
         frame.instanceSlot = static_cast<std::int32_t>(variable->storage.offset);
         frame.instanceSize = variable->type->size;
     }
+}
+
+void DropInitialValues(Pou& pou, Frame& frame) {
+    if (pou.body == nullptr) return;
+    FirstUseFinder finder;
+    finder.Walk(pou.body);
+    for (Frame::LocalSlot& slot : frame.slots)
+        slot.needsInitial = !finder.IsAssignedFirst(slot.variable);
+    if (pou.result != nullptr && pou.result->storage.kind == StorageKind::Slot)
+        frame.resultNeedsInitial = !finder.IsResultAssignedFirst(pou.result) || !finder.IsAssignedFirst(pou.result);
 }
 
 bool TakesArguments(const Pou& pou) noexcept {

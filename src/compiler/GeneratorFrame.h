@@ -35,6 +35,7 @@ struct Frame {
     std::vector<CopiedInput> copiedInputs;
     std::vector<StaticArea> staticAreas;
     std::vector<unsigned char> tempData;  ///< initial bytes of the variables in temporary data
+    bool resultNeedsInitial = true;       ///< of a result in a slot
     /// Slot of the pointer to what the frame's local data are: the function block's instance; -1 without.
     std::int32_t instanceSlot = -1;
     /// Bytes there.
@@ -61,6 +62,9 @@ inline constexpr std::uint32_t kMaxTempVariable = 1024;
 /// Makes what the most used pointer parameter of a function leads to the frame's local data, where that makes access
 /// shorter: members are then reached without adding to the pointer.
 void ChooseLocalData(Pou& pou, Frame& frame);
+
+/// Leaves slots as they are that the body assigns before it reads them.
+void DropInitialValues(Pou& pou, Frame& frame);
 
 /// Gives every variable of a routine that is laid out per call its storage. `globalSize` grows by static areas. False
 /// after a message.

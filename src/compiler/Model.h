@@ -195,6 +195,7 @@ struct Project {
     bool usesStartValues = false;
     std::vector<unsigned char> globalData;  ///< with the initial values
     std::vector<unsigned char> constants;
+    std::deque<CValue> madeConstants;  ///< values of constants that passes of the optimiser made
 };
 
 }  // namespace tn61131::st

@@ -92,7 +92,12 @@ void RoutineGenerator::BinaryValue(const BinaryExpr& expr) {
     Value(*expr.left);
     code_.Push();
     Value(*expr.right);
+    if (expr.op != BinaryOperator::Div) return code_.Binary(expr.op);
+    // It may fail, and the expression may have come from elsewhere.
+    const SourceOffset before = code_.GetPosition();
+    code_.SetPosition(expr.range.begin);
     code_.Binary(expr.op);
+    code_.SetPosition(before);
 }
 
 void RoutineGenerator::LogicalValue(const LogicalExpr& expr) {

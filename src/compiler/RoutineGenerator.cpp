@@ -17,6 +17,8 @@ bool RoutineGenerator::Generate(const Routine& routine, bool mayRecur, std::uint
     const auto [place, isNew] = frames_.try_emplace(pou_);
     if (isNew && !LayOutFrame(project_, declarations_, *pou_, mayRecur, globalSize, place->second)) return false;
     if (isNew && project_.options.passes.commonAddresses) ChooseLocalData(*pou_, place->second);
+    if (isNew && project_.options.passes.deadStores && routine.standalone == nullptr)
+        DropInitialValues(*pou_, place->second);
     frame_ = &place->second;
     tempInUse_ = static_cast<std::uint32_t>(frame_->tempData.size());
     tempSize_ = tempInUse_;
@@ -96,7 +98,7 @@ void RoutineGenerator::InitialiseMemory() {
     if (pou_->result == nullptr) return;
     if (pou_->result->storage.kind == StorageKind::SlotPointer) {
         ResetThroughPointer(*pou_->result);
-    } else if (pou_->result->storage.kind == StorageKind::Slot) {
+    } else if (pou_->result->storage.kind == StorageKind::Slot && frame_->resultNeedsInitial) {
         InitialValueOf(*pou_->result);
         code_.StoreStack(0);
     }

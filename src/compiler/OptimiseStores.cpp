@@ -1,0 +1,71 @@
+// Assignments that nothing reads.
+#include <unordered_set>
+
+#include "compiler/Optimise.h"
+
+namespace tn61131::st {
+
+namespace {
+
+/// Variables of one call whose value something looks at.
+class ReadFinder final : public TreeWalker {
+ public:
+    void Begin(Pou& /*pou*/) noexcept {}
+    [[nodiscard]] bool IsRead(const Variable& variable) const { return read_.contains(&variable); }
+
+ private:
+    void VisitPlace(Place*& place, Use use) override {
+        if (place->kind == PlaceKind::Variable && use != Use::Write)
+            read_.insert(static_cast<const VariablePlace&>(*place).variable);
+        WalkChildren(*place, use);
+    }
+    /// A loop reads its counter.
+    void VisitStmt(Stmt*& stmt) override {
+        if (stmt->kind == StmtKind::For) {
+            const Place& counter = *static_cast<const ForStmt&>(*stmt).counter;
+            if (counter.kind == PlaceKind::Variable) read_.insert(static_cast<const VariablePlace&>(counter).variable);
+        }
+        WalkChildren(*stmt);
+    }
+
+    std::unordered_set<const Variable*> read_;
+};
+
+class StoreDropper final : public TreeWalker {
+ public:
+    StoreDropper(Project& project, const ReadFinder& reads) noexcept : project_(project), reads_(reads) {}
+    void Begin(Pou& /*pou*/) noexcept {}
+
+ private:
+    void VisitStmt(Stmt*& stmt) override {
+        if (stmt->kind == StmtKind::Assign && IsDead(static_cast<const AssignStmt&>(*stmt))) {
+            stmt = project_.arena.New<Block>(Block{{StmtKind::Block, stmt->range}, {}});
+        } else {
+            WalkChildren(*stmt);
+        }
+    }
+
+    [[nodiscard]] bool IsDead(const AssignStmt& stmt) const {
+        if (stmt.target->kind != PlaceKind::Variable || stmt.isRanged) return false;
+        const Variable& variable = *static_cast<const VariablePlace&>(*stmt.target).variable;
+        // Variables of a call end with it; whatever outlives it may be looked at from outside.
+        const bool isOfCall = variable.owner != nullptr && variable.storage.kind == StorageKind::Unassigned &&
+                              variable.aliasOf == nullptr && !variable.isResult &&
+                              variable.section != ast::VarSection::InOut && variable.section != ast::VarSection::Output;
+        return isOfCall && !variable.isAddressTaken && !reads_.IsRead(variable) && CannotFail(*stmt.value);
+    }
+
+    Project& project_;
+    const ReadFinder& reads_;
+};
+
+}  // namespace
+
+void DropDeadStores(Project& project) {
+    ReadFinder reads;
+    WalkBodies(project, reads);
+    StoreDropper dropper(project, reads);
+    WalkBodies(project, dropper);
+}
+
+}  // namespace tn61131::st
