@@ -75,6 +75,8 @@ bool FileParser::ExpectWord(Keyword keyword) {
             // Where a statement begins, the word and what should stand in front of it are missing.
             const bool beginsNew = At().startsLine || Ahead(1).kind == TokenKind::Assign;
             if (beginsNew && BeginsStatement(at_)) break;
+            // Behind CASE x stand labels, which begin like expressions.
+            if (keyword == Keyword::Of && At().startsLine) break;
             Take();
         }
     }

@@ -55,7 +55,12 @@ bool FileParser::IsStrayBound() const noexcept {
 
 void FileParser::SkipStrayBound() {
     diagnostics_.Report(DiagnosticCode::StrayEnd, At().range, {GetKeywordText(At().keyword)});
+    const bool hasCondition = Is(Keyword::Elsif) || Is(Keyword::Elseif) || Is(Keyword::Until);
     Take();
+    if (hasCondition && !At().startsLine && !IsBound(At()) && !Is(TokenKind::Semicolon)) {
+        static_cast<void>(ParseExpression());
+        Accept(Keyword::Then);
+    }
     Accept(TokenKind::Semicolon);
 }
 
@@ -159,11 +164,12 @@ void FileParser::ParseSimpleStatement(Expr* target, List<Stmt*>& list) {
         statement = arena_.New<ast::CallStmt>(Stmt{StmtKind::Call, call->range}, call);
     }
     const bool isWhole = !panic_;
+    const bool isEnded = Is(TokenKind::Semicolon);
     ExpectSemicolon(Place::Statement);
     // What is no call and has no semicolon either is one mistake, and has been reported.
     const bool isCall =
         statement->kind != StmtKind::Call || static_cast<ast::CallStmt*>(statement)->call->kind == ast::ExprKind::Call;
-    if (isWhole && (isCall || at_[-1].kind == TokenKind::Semicolon)) list.Add(statement);
+    if (isWhole && (isCall || isEnded)) list.Add(statement);
 }
 
 ast::AssignStmt* FileParser::ParseAssignment(Expr* target, ast::AssignStmt::Mode mode) {
@@ -306,12 +312,11 @@ std::span<ast::CaseLabel> FileParser::ParseCaseLabels(Expr* first) {
         if (panic_ || !Accept(TokenKind::Comma)) break;
         label = {ParseExpression(), nullptr};
     }
-    if (!Expect(TokenKind::Colon, "',' or ':' behind the value of a CASE branch")) {
-        Skip(Place::Statement);
-        // What the label was to stand in front of may have been skipped with it.
-    }
+    const bool isLabel = Expect(TokenKind::Colon, "',' or ':' behind the value of a CASE branch");
+    // What the label was to stand in front of may be skipped with it.
+    if (!isLabel) Skip(Place::Statement);
     panic_ = false;
-    return labels.Finish();
+    return isLabel ? labels.Finish() : std::span<ast::CaseLabel>{};
 }
 
 std::span<Stmt*> FileParser::ParseCaseBody(Expr*& nextLabel) {
