@@ -133,7 +133,13 @@ Pou* FileParser::ParsePou(PouKind kind, Keyword end) {
                                                                : "an interface";
     pou->name = ExpectName(owner);
     const bool hasResult = kind == PouKind::Function || kind == PouKind::Method;
-    if (!panic_ && hasResult && Accept(TokenKind::Colon)) pou->result = ParseType(TypePlace::Other);
+    if (!panic_ && hasResult) {
+        const bool lacksColon =
+            At().kind == TokenKind::Identifier && !At().startsLine && Ahead(1).startsLine && !IsBound(At());
+        if (lacksColon) ReportExpected("':'");
+        panic_ = false;
+        if (lacksColon || Accept(TokenKind::Colon)) pou->result = ParseType(TypePlace::Other);
+    }
     ParseInheritance(*pou);
     SkipRestOfHeader();
     ++OpenCount(end);

@@ -1,5 +1,6 @@
 #include <algorithm>
 #include <iterator>
+#include <optional>
 
 #include "compiler/FileParser.h"
 
@@ -25,6 +26,11 @@ const SectionRow* FindSection(Keyword keyword) noexcept {
     const auto* const row = std::find_if(std::begin(kSections), std::end(kSections),
                                          [keyword](const SectionRow& each) { return each.keyword == keyword; });
     return row == std::end(kSections) ? nullptr : row;
+}
+
+// The ends that a list of declarations waits for.
+constexpr bool IsDeclarationEnd(Keyword keyword) noexcept {
+    return keyword == Keyword::EndVar || keyword == Keyword::EndStruct || keyword == Keyword::EndUnion;
 }
 
 }  // namespace
@@ -70,6 +76,18 @@ void FileParser::ParseQualifiers(ast::VarBlock& block) {
 std::span<ast::VarDecl*> FileParser::ParseDeclarations(ast::VarSection section, std::string_view what) {
     List<ast::VarDecl*> list(*this);
     const bool hasPaths = section == ast::VarSection::Access || section == ast::VarSection::Config;
+    // Whether END_VAR comes before anything that statements could be part of.
+    std::optional<bool> isEnded;
+    const auto looksLikeStatement = [&] {
+        if (!IsName(At()) || !At().startsLine || Ahead(1).kind != TokenKind::Assign) return false;
+        if (!isEnded) {
+            const Token* bound = at_;
+            while (!IsBound(*bound))
+                ++bound;
+            isEnded = IsDeclarationEnd(bound->keyword);
+        }
+        return !*isEnded;
+    };
     for (;;) {
         while (Accept(TokenKind::Semicolon))
             Hint(at_[-1].range, "superfluous ';'");
@@ -77,6 +95,7 @@ std::span<ast::VarDecl*> FileParser::ParseDeclarations(ast::VarSection section, 
         // A statement where a declaration should be: the end of the block is missing.
         const bool isStatement = GetKeywordRow(At().keyword).role == KeywordRole::Statement;
         if (isStatement && Ahead(1).kind != TokenKind::Colon && Ahead(1).kind != TokenKind::Comma) break;
+        if (looksLikeStatement()) break;
         const Token* const first = at_;
         if (hasPaths) {
             ParsePathDeclaration(section, list);
