@@ -291,7 +291,7 @@ class CMapReader {
     bool ReadTag(const JSONValue& element) {
         SymbolTag tag;
         if (!ReadText(element, "address", tag.address) || !ReadNumber(element, "tag", tag.tagId) ||
-            !ReadNumber(element, "offset", tag.offset) || !ReadElementary(element, "type", tag.type))
+            !ReadNumber(element, "offset", tag.offset) || !ReadTypeText(element, tag.type))
             return false;
         const JSONValue* readOnly = element.Find("readonly");
         tag.isReadOnly = readOnly != nullptr && readOnly->GetBoolean();

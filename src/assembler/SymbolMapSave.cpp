@@ -103,8 +103,7 @@ std::string FormatRetained(const SymbolRetained& retained) {
 
 std::string FormatTag(const SymbolTag& tag) {
     return FormatText("{\"address\":%s,\"tag\":%u,\"offset\":%u,\"type\":%s,\"readonly\":%s}", Quote(tag.address),
-                      tag.tagId, tag.offset, Quote(SymbolType::MakeElementary(tag.type).GetText()),
-                      tag.isReadOnly ? "true" : "false");
+                      tag.tagId, tag.offset, Quote(tag.type.GetText()), tag.isReadOnly ? "true" : "false");
 }
 
 std::string FormatPosition(const SymbolPosition& position) {

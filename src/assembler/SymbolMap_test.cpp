@@ -339,7 +339,8 @@ CSymbolMap MakeProjectMap() {
     map.AddTask({"Event", {}, {}, "trigger", {}});
     map.AddRetained({"Main.count", 12, 4, false});
     map.AddRetained({"level", 0, 4, true});
-    map.AddTag({"IX0.1", 7, 2, Bool, true});
+    map.AddTag({"IX0.1", 7, 2, SymbolType::MakeElementary(Bool), true});
+    map.AddTag({"name", 8, 0, SymbolType::MakeString(ElementaryType::String, 40), false});
     return map;
 }
 
@@ -367,9 +368,10 @@ TEST(SymbolMapProject, SavedMapLoadsWithEverything) {
     ASSERT_EQ(loaded.GetRetained().size(), 2U);
     EXPECT_FALSE(loaded.GetRetained()[0].isPersistent);
     EXPECT_TRUE(loaded.GetRetained()[1].isPersistent);
-    ASSERT_EQ(loaded.GetTags().size(), 1U);
+    ASSERT_EQ(loaded.GetTags().size(), 2U);
     EXPECT_TRUE(loaded.GetTags()[0].isReadOnly);
     EXPECT_EQ(loaded.GetTags()[0].address, "IX0.1");
+    EXPECT_EQ(loaded.GetTags()[1].type.GetText(), "STRING[40]");
 }
 
 TEST(SymbolMapProject, CodeOffsetsLeadToTheUnit) {

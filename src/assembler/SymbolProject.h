@@ -61,6 +61,6 @@ struct SymbolTag {
     std::string address{};  ///< as the source names it
     std::uint32_t tagId = 0;
     std::uint32_t offset = 0;  ///< bytes within the tag
-    ElementaryType type = ElementaryType::Undefined;
+    SymbolType type{};
     bool isReadOnly = false;
 };

@@ -179,7 +179,7 @@ class MapBuilder {
 
     void AddTags() {
         for (const TagSymbol& tag : project_.options.tags)
-            map_.AddTag({tag.address, tag.tagId, tag.offset, tag.type, tag.readOnly});
+            map_.AddTag({tag.address, tag.tagId, tag.offset, GetTagType(tag), tag.readOnly});
     }
 
     void AddPositions(std::span<const CodeBuffer::Position> positions) {
@@ -274,6 +274,12 @@ class MapBuilder {
             text.insert(0, (i == 0 ? "" : ",") + std::to_string(index));
         }
         return text;
+    }
+
+    [[nodiscard]] SymbolType GetTagType(const TagSymbol& tag) const {
+        const bool isString = tag.type == ElementaryType::String || tag.type == ElementaryType::WString;
+        if (!isString) return SymbolType::MakeElementary(tag.type);
+        return SymbolType::MakeString(tag.type, tag.length == 0 ? project_.options.switches.stringLength : tag.length);
     }
 
     [[nodiscard]] static SymbolPou::Kind GetKind(const Pou& pou) noexcept {

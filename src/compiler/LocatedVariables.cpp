@@ -52,15 +52,15 @@ bool ParseNumbers(std::string_view text, std::vector<std::uint32_t>& out) {
 LocatedVariables::LocatedVariables(Project& project) : project_(project) {
     for (const TagSymbol& tag : project.options.tags) {
         tags_.emplace(tag.address, &tag);
-        tags_.emplace(FoldName(tag.address), &tag);
+        folded_.emplace(FoldName(tag.address), &tag);
     }
 }
 
 const TagSymbol* LocatedVariables::FindTag(const ast::LocatedExpr& located) const {
     // The address of a host is taken as written; those of the language are identifiers.
-    const auto found =
-        tags_.find(located.quoted ? std::string(located.address) : FoldName(std::string(located.address)));
-    return found == tags_.end() ? nullptr : found->second;
+    const auto& tags = located.quoted ? tags_ : folded_;
+    const auto found = tags.find(located.quoted ? std::string(located.address) : FoldName(located.address));
+    return found == tags.end() ? nullptr : found->second;
 }
 
 bool LocatedVariables::IsOpen(const ast::LocatedExpr& located) noexcept {
@@ -86,6 +86,10 @@ bool LocatedVariables::Parse(const ast::LocatedExpr& located, Address& out) cons
     return ParseNumbers(text, out.parts) || fail(DiagnosticCode::BadAddress);
 }
 
+std::uint16_t LocatedVariables::GetStringLength(const TagSymbol* tag) const {
+    return tag == nullptr || tag->length == 0 ? project_.options.switches.stringLength : tag->length;
+}
+
 Variable* LocatedVariables::Resolve(const ast::LocatedExpr& located) {
     std::string key = located.quoted ? '"' + std::string(located.address) : FoldName(std::string(located.address));
     if (const auto found = byAddress_.find(key); found != byAddress_.end()) return found->second;
@@ -98,8 +102,7 @@ Variable* LocatedVariables::Resolve(const ast::LocatedExpr& located) {
     variable.name = project_.names.Intern(project_.sources.GetText(located.range));
     variable.declared = located.range;
     const bool isString = type == ElementaryType::String || type == ElementaryType::WString;
-    variable.type = isString ? project_.types.String(type, project_.options.switches.stringLength)
-                             : project_.types.Elementary(type);
+    variable.type = isString ? project_.types.String(type, GetStringLength(tag)) : project_.types.Elementary(type);
     variable.section = ast::VarSection::Global;
     if (tag != nullptr) {
         PlaceOnTag(variable, located, *tag);
@@ -121,10 +124,15 @@ void LocatedVariables::Place(Variable& variable, const ast::LocatedExpr& located
 }
 
 void LocatedVariables::PlaceOnTag(Variable& variable, const ast::LocatedExpr& located, const TagSymbol& tag) {
-    if (tag.type != ElementaryType::Undefined && variable.type->storage != tag.type) {
-        project_.diagnostics.Report(
-            DiagnosticCode::AddressTypeDiffers, located.range,
-            {GetTypeText(project_.names, variable.type), tag.address, GetTypeInfo(tag.type).name});
+    const Type* const plain = Strip(variable.type);
+    // A shorter text than the host's fits; a longer one would leave the tag.
+    const bool isLonger = plain->kind == TypeKind::String && tag.length != 0 &&
+                          static_cast<const StringType&>(*plain).capacity > tag.length;
+    if (tag.type != ElementaryType::Undefined && (variable.type->storage != tag.type || isLonger)) {
+        std::string tagType = GetTypeInfo(tag.type).name;
+        if (tag.length != 0) tagType += "[" + std::to_string(tag.length) + "]";
+        project_.diagnostics.Report(DiagnosticCode::AddressTypeDiffers, located.range,
+                                    {GetTypeText(project_.names, variable.type), tag.address, tagType});
     }
     if (variable.declaration != nullptr && variable.declaration->initial != nullptr) {
         project_.diagnostics.Report(DiagnosticCode::InitialIgnored, variable.declaration->initial->range,

@@ -59,13 +59,15 @@ class LocatedVariables {
     };
 
     [[nodiscard]] const TagSymbol* FindTag(const ast::LocatedExpr& located) const;
+    [[nodiscard]] std::uint16_t GetStringLength(const TagSymbol* tag) const;
     [[nodiscard]] bool Parse(const ast::LocatedExpr& located, Address& out) const;
     void PlaceOnTag(Variable& variable, const ast::LocatedExpr& located, const TagSymbol& tag);
     void PlaceInArea(Variable& variable, const ast::LocatedExpr& located, const Address& address);
     void WarnOfOverlap(const Area& area) const;
 
     Project& project_;
-    std::unordered_map<std::string, const TagSymbol*> tags_;
+    std::unordered_map<std::string, const TagSymbol*> tags_;    ///< by address as written
+    std::unordered_map<std::string, const TagSymbol*> folded_;  ///< by address without regard to case
     std::unordered_map<std::string, Variable*> byAddress_;
     std::array<Area, 3> areas_;
     std::vector<Variable*> placed_;

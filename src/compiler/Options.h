@@ -54,6 +54,7 @@ struct TagSymbol {
     std::uint16_t offset = 0;  ///< bytes within the tag
     ElementaryType type = ElementaryType::Undefined;
     bool readOnly = false;
+    std::uint16_t length = 0;  ///< of STRING and WSTRING: units; 0: the default length of the dialect
 };
 
 struct CompileOptions {

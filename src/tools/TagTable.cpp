@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <charconv>
+#include <cmath>
 
 #include "assembler/SymbolType.h"
 #include "platform/ErrorLog.h"
@@ -28,6 +29,35 @@ bool ParseHexBytes(std::string_view text, std::string& bytes) {
         bytes += static_cast<char>(byte);
     }
     return true;
+}
+
+// What STRING and WSTRING take beside their units: the largest that fits in 65535 bytes.
+constexpr double kMaxStringLength = 65533;
+constexpr double kMaxWStringLength = 32766;
+
+bool IsText(ElementaryType type) {
+    return type == ElementaryType::String || type == ElementaryType::WString;
+}
+
+/// A whole number in the range. Null is none.
+bool IsNumberIn(const JSONValue* value, double lowest, double highest) {
+    if (value == nullptr || !value->IsNumber()) return false;
+    const double number = value->GetNumber();
+    return number >= lowest && number <= highest && number == std::floor(number);
+}
+
+std::size_t SizeOf(const st::TagSymbol& symbol) {
+    if (symbol.type == ElementaryType::String) return symbol.length + std::size_t{2};
+    if (symbol.type == ElementaryType::WString) return (symbol.length + std::size_t{1}) * 2;
+    return GetTypeInfo(symbol.type).size;
+}
+
+ElementaryType FindType(const JSONValue* name) {
+    for (const TypeInfo& row : kTypeTable) {
+        const bool isUsable = row.size != 0 || IsText(row.type);
+        if (name != nullptr && isUsable && IsSameName(row.name, name->GetString())) return row.type;
+    }
+    return ElementaryType::Undefined;
 }
 
 }  // namespace
@@ -71,10 +101,16 @@ bool TagTable::LoadTag(const JSONMember& member, std::string& error) {
         error = "tag " + member.name + ": " + error;
         return false;
     }
-    if (data == nullptr && !symbols_.empty() && symbols_.back().tagId == id) {
-        bytes.assign(symbols_.back().offset + std::size_t{GetTypeInfo(symbols_.back().type).size}, '\0');
+    const bool isNamed = !symbols_.empty() && symbols_.back().tagId == id;
+    const std::size_t needed = isNamed ? symbols_.back().offset + SizeOf(symbols_.back()) : 0;
+    if (data == nullptr && isNamed) {
+        bytes.assign(needed, '\0');
     } else if (data == nullptr || !data->IsString() || !ParseHexBytes(data->GetString(), bytes)) {
         error = "tag " + member.name + " has no hexadecimal 'data'";
+        return false;
+    } else if (bytes.size() < needed) {
+        error = "tag " + member.name + ": 'data' has " + std::to_string(bytes.size()) + " bytes, the variable needs " +
+                std::to_string(needed);
         return false;
     }
     SetTag(id, bytes);
@@ -83,23 +119,29 @@ bool TagTable::LoadTag(const JSONMember& member, std::string& error) {
 
 bool TagTable::LoadSymbol(std::uint32_t id, const JSONValue& tag, std::string& error) {
     st::TagSymbol symbol{.address = tag.Find("name")->GetString(), .tagId = id};
-    const JSONValue* type = tag.Find("type");
+    symbol.type = FindType(tag.Find("type"));
+    const JSONValue* length = tag.Find("length");
     const JSONValue* access = tag.Find("access");
     const JSONValue* offset = tag.Find("offset");
-    for (const TypeInfo& row : kTypeTable) {
-        if (type != nullptr && row.size != 0 && IsSameName(row.name, type->GetString())) symbol.type = row.type;
-    }
+    const double highest = symbol.type == ElementaryType::String ? kMaxStringLength : kMaxWStringLength;
     if (symbol.address.empty()) {
         error = "'name' is no text";
+    } else if (std::any_of(symbols_.begin(), symbols_.end(),
+                           [&](const st::TagSymbol& other) { return other.address == symbol.address; })) {
+        error = "another tag has the name '" + symbol.address + "'";
     } else if (symbol.type == ElementaryType::Undefined) {
-        error = "'type' is no elementary type of a fixed size";
+        error = "'type' is no elementary type";
+    } else if (IsText(symbol.type) && !IsNumberIn(length, 1, highest)) {
+        error = "'length' is no whole number from 1 to " + std::to_string(static_cast<int>(highest));
+    } else if (!IsText(symbol.type) && length != nullptr) {
+        error = "'length' is for STRING and WSTRING only";
     } else if (access != nullptr && access->GetString() != "read-only" && access->GetString() != "read-write") {
         error = "'access' is neither \"read-only\" nor \"read-write\"";
-    } else if (offset != nullptr &&
-               !(offset->IsNumber() && offset->GetNumber() >= 0 && offset->GetNumber() <= 0xFFFF)) {
-        error = "'offset' is no number from 0 to 65535";
+    } else if (offset != nullptr && !IsNumberIn(offset, 0, 0xFFFF)) {
+        error = "'offset' is no whole number from 0 to 65535";
     } else {
         symbol.readOnly = access != nullptr && access->GetString() == "read-only";
+        if (IsText(symbol.type)) symbol.length = static_cast<std::uint16_t>(length->GetNumber());
         if (offset != nullptr) symbol.offset = static_cast<std::uint16_t>(offset->GetNumber());
         symbols_.push_back(std::move(symbol));
         return true;

@@ -28,6 +28,7 @@ class TagTable final : public CDirectlyLocatedVariables {
     ///   data    the bytes in hexadecimal; without it, zeros of the type's size
     ///   name    the address that programs use: %"name"
     ///   type    elementary type; needed with `name`
+    ///   length  of STRING and WSTRING, which need it: units
     ///   access  "read-write", which it is without, or "read-only"
     ///   offset  where in the tag the variable lies, in bytes; 0 without
     /// False, the reason in `error`, when the text is none.
