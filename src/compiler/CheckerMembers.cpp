@@ -116,6 +116,11 @@ Entity BodyChecker::ResolveMember(const ast::MemberExpr& member) {
         }
         case Entity::Kind::Pou:
             if (base.pou->kind == ast::PouKind::Program) return MemberOfProgram(*base.pou, member);
+            if (const Symbol* part = base.pou->scope->FindHere(name);
+                part != nullptr && part->kind == Symbol::Kind::Pou) {
+                Fail(DiagnosticCode::MethodNeedsInstance, member.range, {Text(name), Text(base.pou->name)});
+                return {};
+            }
             return NoSuchMember("'" + SourceText(member.base->range) + "'", member, {});
         case Entity::Kind::BuiltIn:
         case Entity::Kind::Bits: return NoSuchMember("'" + SourceText(member.base->range) + "'", member, {});

@@ -198,6 +198,11 @@ Entity BodyChecker::ResolveName(NameId name, SourceRange range, const Type* want
         entity.builtIn = builtIn;
         return entity;
     }
+    if (const Type* block = project_.types.FindLibraryBlock(name)) {
+        entity.kind = Entity::Kind::Type;
+        entity.type = block;
+        return entity;
+    }
     ReportUnknownName(name, range);
     return {};
 }
