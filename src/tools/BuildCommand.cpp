@@ -31,7 +31,8 @@ int BuildProject(const BuildOptions& options, std::ostream& output, std::ostream
         messages << "tn61131: " << error << '\n';
         return kExitUsage;
     }
-    if (!ReadProjectFiles(options.sources, sources, error)) {
+    if (!ReadTagSymbols(options.compile.tagsFile, compileOptions.tags, error) ||
+        !ReadProjectFiles(options.sources, sources, error)) {
         messages << "tn61131: " << error << '\n';
         return kExitFailure;
     }

@@ -26,22 +26,6 @@ bool ReadStandalones(const std::vector<std::string>& texts, std::vector<st::Stan
     return true;
 }
 
-bool ReadTags(const std::string& path, std::vector<st::TagSymbol>& symbols, std::string& error) {
-    if (path.empty()) return true;
-    std::string content;
-    if (!ReadFileContent(path, content)) {
-        error = "The tags file '" + path + "' cannot be read.";
-        return false;
-    }
-    TagTable tags;
-    if (!tags.Load(content, error)) {
-        error = "Tags file '" + path + "': " + error;
-        return false;
-    }
-    symbols = tags.GetSymbols();
-    return true;
-}
-
 }  // namespace
 
 void AddDialectOptions(CLI::App& command, CompileArguments& arguments) {
@@ -88,8 +72,23 @@ bool MakeCompileOptions(const CompileArguments& arguments, st::CompileOptions& o
         if (!st::SetSwitch(assignment, options, error)) return false;
     }
     return ReadStandalones(arguments.expressions, options.expressions, error) &&
-           ReadStandalones(arguments.codeBlocks, options.codeBlocks, error) &&
-           ReadTags(arguments.tagsFile, options.tags, error);
+           ReadStandalones(arguments.codeBlocks, options.codeBlocks, error);
+}
+
+bool ReadTagSymbols(const std::string& path, std::vector<st::TagSymbol>& symbols, std::string& error) {
+    if (path.empty()) return true;
+    std::string content;
+    if (!ReadFileContent(path, content)) {
+        error = "the tags file '" + path + "' cannot be read";
+        return false;
+    }
+    TagTable tags;
+    if (!tags.Load(content, error)) {
+        error = "tags file '" + path + "': " + error;
+        return false;
+    }
+    symbols = tags.GetSymbols();
+    return true;
 }
 
 }  // namespace tn61131

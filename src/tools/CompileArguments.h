@@ -31,9 +31,11 @@ void AddStandaloneOptions(CLI::App& command, CompileArguments& arguments);
 /// Takes ID:TEXT apart. False, the reason in `error`, for another text.
 [[nodiscard]] bool ParseStandaloneText(std::string_view text, st::StandaloneText& standalone, std::string& error);
 
-/// What the compiler takes. False, the reason in `error`, for an unknown profile or switch, a text that is no ID:TEXT,
-/// an id given twice, and a tags file that cannot be read.
+/// What the compiler takes, the tags excepted. False, the reason in `error`, for an unknown profile or switch, a text
+/// that is no ID:TEXT, and an id given twice.
 [[nodiscard]] bool MakeCompileOptions(const CompileArguments& arguments, st::CompileOptions& options,
                                       std::string& error);
+/// The named tags of a tags file; none for an empty path. False, the reason in `error`, when the file cannot be read.
+[[nodiscard]] bool ReadTagSymbols(const std::string& path, std::vector<st::TagSymbol>& symbols, std::string& error);
 
 }  // namespace tn61131

@@ -27,6 +27,12 @@ std::string Declaration(const CValue& value) {
     return PrintableText(text.GetText());
 }
 
+/// A value of an enumeration by its name where it has one, "Color#RED"; else as a declaration.
+std::string ValueText(const SymbolType& type, const CValue& value) {
+    const std::string* name = CSymbolMap::FindValueName(type, value);
+    return name == nullptr ? Declaration(value) : PrintableText(type.GetText() + "#" + *name);
+}
+
 }  // namespace
 
 void HumanReport::Refused(const std::string& image, const std::vector<ImageError>& errors) {
@@ -95,7 +101,7 @@ void HumanReport::WriteWatched(const RunView& view) {
     for (const WatchedVariable& variable : view.watched) {
         CValue value;
         const bool known = ReadWatched(variable, view.image.GetWatchMemory(), value);
-        std::string text = known ? Declaration(value) : std::string("(not there)");
+        std::string text = known ? ValueText(variable.reference.type, value) : std::string("(not there)");
         std::string& shown = shown_[variable.name];
         if (text == shown) continue;
         output_ << "  " << PrintableText(variable.name) << " = " << text << '\n';

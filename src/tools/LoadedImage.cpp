@@ -32,12 +32,11 @@ bool LoadedImage::Load(const std::string& path, const RunOptions& options, std::
 bool LoadedImage::Compile(const std::vector<std::string>& paths, const RunOptions& options,
                           std::vector<ImageError>& errors, std::string& warnings) {
     path_ = paths.front();
-    CompileArguments arguments = options.compile;
-    arguments.tagsFile = options.tagsFile;
     st::CompileOptions compileOptions;
     std::vector<st::SourceText> sources;
     std::string error;
-    if (!MakeCompileOptions(arguments, compileOptions, error) || !ReadProjectFiles(paths, sources, error)) {
+    if (!MakeCompileOptions(options.compile, compileOptions, error) ||
+        !ReadTagSymbols(options.tagsFile, compileOptions.tags, error) || !ReadProjectFiles(paths, sources, error)) {
         return Refuse(errors, error);
     }
     st::CompileResult result = st::Compile(std::move(sources), compileOptions);

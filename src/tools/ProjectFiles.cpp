@@ -26,7 +26,9 @@ bool HasSourceExtension(const fs::path& path) {
 bool ListFolder(const fs::path& folder, std::vector<std::string>& files) {
     std::error_code error;
     for (fs::recursive_directory_iterator entry(folder, error), end; !error && entry != end; entry.increment(error)) {
-        if (entry->is_regular_file(error) && HasSourceExtension(entry->path())) files.push_back(entry->path().string());
+        std::error_code status;  // of a link that leads nowhere, which is no reason to give up
+        if (entry->is_regular_file(status) && HasSourceExtension(entry->path()))
+            files.push_back(entry->path().string());
     }
     std::sort(files.begin(), files.end());
     return !error;

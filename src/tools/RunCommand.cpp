@@ -217,6 +217,11 @@ void AddFormatOptions(CLI::App& command, RunOptions& options) {
 }  // namespace
 
 int RunImages(const RunOptions& options, std::ostream& output, std::ostream& messages) {
+    std::string error;
+    if (st::CompileOptions unused; !MakeCompileOptions(options.compile, unused, error)) {
+        messages << "tn61131: " << error << '\n';
+        return kExitUsage;
+    }
     const Interrupt interrupt;
     const std::unique_ptr<RunReport> report = MakeReport(options, output, messages);
     ImageRunner runner(options, *report, messages);
