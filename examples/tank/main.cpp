@@ -1,6 +1,8 @@
-// Runs the program of tank.tnasm against a simulated tank and shows, as a table, each scan in which something happens.
+// Runs the program of tank.st against a simulated tank and shows, as a table, each scan in which something happens.
 //
-//     tn61131 asm tank.tnasm -o tank.vmi && tank_demo tank.vmi
+//     tn61131 build tank.st --tags tags.json -o tank.vmi && tank_demo tank.vmi
+//
+// The same program in assembler text is tank.tnasm.
 
 #include <cstdio>
 #include <vector>

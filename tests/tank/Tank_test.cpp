@@ -5,15 +5,18 @@
 #include <iterator>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include <gtest/gtest.h>
 #include <unistd.h>
 
 #include "TankPlant.h"
 #include "assembler/Assembler.h"
+#include "compiler/Compiler.h"
 #include "platform/BinaryStream.h"
 #include "platform/ClientAccess.h"
 #include "platform/ErrorLog.h"
+#include "tools/TagTable.h"
 #include "value/Value.h"
 #include "vm/VirtualMachine.h"
 #include "vm/VirtualMachineExec.h"
@@ -92,15 +95,53 @@ class TankModel {
     bool startBefore_ = false;
 };
 
-class TankTest : public testing::Test {
+/// The control program as an image with its names.
+struct TankProgram {
+    std::vector<unsigned char> bytes;
+    CSymbolMap symbols;
+};
+
+std::string ReadText(const char* path) {
+    std::ifstream file(path);
+    return {std::istreambuf_iterator<char>(file), {}};
+}
+
+void AssembleTank(TankProgram& program) {
+    AssembledImage image;
+    CAssembler assembler;
+    ASSERT_TRUE(assembler.Assemble("tank.tnasm", ReadText(TANK_FOLDER "/tank.tnasm"), image))
+        << FormatDiagnostics("tank.tnasm", assembler.GetDiagnostics());
+    program = {std::move(image.bytes), std::move(image.symbols)};
+}
+
+void CompileTank(TankProgram& program) {
+    std::string error;
+    tn61131::TagTable tags;
+    ASSERT_TRUE(tags.Load(ReadText(TANK_FOLDER "/tags.json"), error)) << error;
+    tn61131::st::CompileOptions options;
+    options.tags = tags.GetSymbols();
+    std::vector<tn61131::st::SourceText> sources;
+    sources.push_back({"tank.st", ReadText(TANK_FOLDER "/tank.st")});
+    tn61131::st::CompileResult result = Compile(std::move(sources), options);
+    for (const tn61131::st::Diagnostic& diagnostic : result.diagnostics)
+        ADD_FAILURE() << FormatDiagnostic(result.sources, diagnostic);
+    ASSERT_TRUE(result.succeeded);
+    program = {CImageWriter::Write(result.image), std::move(result.map)};
+}
+
+/// How a language says that the chart waits for the start button.
+struct Language {
+    const char* name;
+    void (*make)(TankProgram& program);
+    const char* step;
+    unsigned char idle;
+};
+
+class TankTest : public testing::TestWithParam<Language> {
  protected:
     void SetUp() override {
-        std::ifstream file(TANK_SOURCE);
-        const std::string source{std::istreambuf_iterator<char>(file), {}};
-        CAssembler assembler;
-        ASSERT_TRUE(assembler.Assemble("tank.tnasm", source, image_))
-            << FormatDiagnostics("tank.tnasm", assembler.GetDiagnostics());
-        CBinaryInputMemory input(image_.bytes);
+        ASSERT_NO_FATAL_FAILURE(GetParam().make(program_));
+        CBinaryInputMemory input(program_.bytes);
         ASSERT_TRUE(machine_.LoadVMImage(log_, input));
         ASSERT_FALSE(input.HasFailed());
         globalData_ = machine_.GetGlobalData();
@@ -121,13 +162,13 @@ class TankTest : public testing::Test {
     T ReadVariable(const std::string& path) const {
         SymbolReference reference;
         std::string error;
-        EXPECT_TRUE(image_.symbols.Find(path, reference, error)) << error;
+        EXPECT_TRUE(program_.symbols.Find(path, reference, error)) << error;
         CValue value;
         EXPECT_TRUE(CSymbolMap::ReadValue(reference, globalData_, value, error)) << error;
         return value.GetPayload<T>();
     }
 
-    AssembledImage image_;
+    TankProgram program_;
     CErrorLog log_;
     CVirtualMachine machine_;
     CMemoryBlock globalData_;
@@ -141,7 +182,7 @@ bool IsStartPressed(int scan) {
     return (scan >= 5 && scan < 9) || (scan >= 120 && scan < 124);
 }
 
-TEST_F(TankTest, EveryScanGoesAsTheModelSays) {
+TEST_P(TankTest, EveryScanGoesAsTheModelSays) {
     TankModel model;
     for (int scan = 0; scan < kScans; ++scan) {
         SCOPED_TRACE(scan);
@@ -161,10 +202,10 @@ TEST_F(TankTest, EveryScanGoesAsTheModelSays) {
     // down.
     EXPECT_EQ(plant_.GetContents(), 6'500);
     EXPECT_EQ(ReadVariable<short>("Tank.batches.CV"), 3);
-    EXPECT_EQ(ReadVariable<unsigned char>("Tank.idle.X"), 1);
+    EXPECT_EQ(ReadVariable<unsigned char>(GetParam().step), GetParam().idle);
 }
 
-TEST_F(TankTest, AnotherPressAfterTheLastBatchStartsAgain) {
+TEST_P(TankTest, AnotherPressAfterTheLastBatchStartsAgain) {
     for (int scan = 0; scan < kScans; ++scan) {
         RunScan(scan, IsStartPressed(scan));
         plant_.Advance();
@@ -174,11 +215,12 @@ TEST_F(TankTest, AnotherPressAfterTheLastBatchStartsAgain) {
     EXPECT_TRUE(plant_.GetBool(TankPlant::kInlet));
 }
 
-TEST_F(TankTest, TheDemonstrationTellsTheOutcome) {
+TEST_P(TankTest, TheDemonstrationTellsTheOutcome) {
     const std::filesystem::path path =
         std::filesystem::temp_directory_path() / ("tank-" + std::to_string(getpid()) + ".vmi");
     std::ofstream(path, std::ios::binary)
-        .write(reinterpret_cast<const char*>(image_.bytes.data()), static_cast<std::streamsize>(image_.bytes.size()));
+        .write(reinterpret_cast<const char*>(program_.bytes.data()),
+               static_cast<std::streamsize>(program_.bytes.size()));
     FILE* const demo = popen((std::string(TANK_DEMO) + " " + path.string()).c_str(), "r");
     ASSERT_NE(demo, nullptr);
     std::string output;
@@ -191,5 +233,10 @@ TEST_F(TankTest, TheDemonstrationTellsTheOutcome) {
     EXPECT_NE(output.find("\n   39     3.9     91.0  -     on   on    -     on    -     batches 0,"), std::string::npos)
         << output;
 }
+
+INSTANTIATE_TEST_SUITE_P(Languages, TankTest,
+                         testing::Values(Language{"Assembler", &AssembleTank, "Tank.idle.X", 1},
+                                         Language{"StructuredText", &CompileTank, "Tank.active", 0}),
+                         [](const auto& info) { return std::string(info.param.name); });
 
 }  // namespace
