@@ -139,7 +139,6 @@ enum class DiagnosticCode : std::uint16_t {
     EmptyArgument = 519,
 
     // --- statements ---
-    NotAStatement = 601,
     ConditionType = 602,
     CaseSelector = 603,
     DuplicateLabel = 604,
@@ -306,7 +305,6 @@ inline constexpr auto kDiagnosticTable = std::to_array<DiagnosticRow>({
     {DiagnosticCode::EmptyArgument, Severity::Error, "'{0}' needs a value"},
 
     // --- statements ---
-    {DiagnosticCode::NotAStatement, Severity::Error, "this expression is no statement"},
     {DiagnosticCode::ConditionType, Severity::Error, "a condition must be BOOL, not {0}"},
     {DiagnosticCode::CaseSelector, Severity::Error, "CASE needs an integer or an enumeration, not {0}"},
     {DiagnosticCode::DuplicateLabel, Severity::Error, "label {0} stands in another branch too"},
