@@ -9,7 +9,12 @@ cd "$scratch"
 tn61131() { "$tool" "$@"; }
 
 commands=$(sed -n '/^```sh$/,/^```$/p' "$source_folder/README.md" | grep '^tn61131 ')
-[ "$(grep -c . <<<"$commands")" -eq 5 ] || { echo "the README has other command lines than this test knows"; exit 1; }
+[ "$(grep -c . <<<"$commands")" -eq 8 ] || { echo "the README has other command lines than this test knows"; exit 1; }
+# The program above the build instructions.
+sed -n '/^```iecst$/,/^```$/p' "$source_folder/README.md" | grep -v '^```' >first.st
+echo '{"1": {"name": "Tank.level", "type": "REAL"}, "2": {"name": "Tank.pump", "type": "BOOL"}}' >first.json
+tn61131 run first.st --tags first.json --timestamp 0
+
 while IFS= read -r line; do
     echo "+ $line"
     eval "$line" </dev/null
