@@ -316,7 +316,8 @@ class BodyChecker {
     BuiltInTable builtIns_;
     std::vector<ShortCircuit> shortCircuits_;
     std::uint32_t unknownNames_ = 0;
-    std::uint32_t depth_ = 0;  ///< of expressions being checked
+    std::uint32_t depth_ = 0;         ///< of expressions being checked
+    std::uint32_t openBranches_ = 0;  ///< of IF and ELSIF around the statement being checked
 };
 
 struct Checker::State : BodyChecker {

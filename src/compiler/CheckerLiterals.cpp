@@ -178,6 +178,11 @@ Expr* BodyChecker::CheckLiteral(const ast::LiteralExpr& literal) {
         return Fail(DiagnosticCode::InvalidLiteral, literal.range, {reason});
     }
     const ElementaryType type = value.GetType();
+    const bool overflows = (type == ElementaryType::Real && std::isinf(value.GetPayload<float>())) ||
+                           (type == ElementaryType::LReal && std::isinf(value.GetPayload<double>()));
+    if (overflows && literal.literal == ast::LiteralKind::Real)
+        return Fail(DiagnosticCode::ValueOutOfRange, literal.range,
+                    {std::string(literal.text), Text(Elementary(type))});
     if (type == ElementaryType::String || type == ElementaryType::WString) {
         const bool isWide = type == ElementaryType::WString;
         const unsigned units = isWide ? value.GetRawDataSize() / 2 - 1 : value.GetRawDataSize() - 2;

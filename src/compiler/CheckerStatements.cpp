@@ -174,9 +174,16 @@ Stmt* BodyChecker::CheckSetReset(const ast::AssignStmt& assign) {
 // --- selection ---
 
 Stmt* BodyChecker::CheckIf(const ast::IfStmt& statement) {
+    // Each ELSIF stands inside of the ELSE before it, and whoever goes through the tree descends as deep.
+    constexpr std::uint32_t kMaxBranches = 1000;
     IfStmt* first = nullptr;
     IfStmt* last = nullptr;
+    const std::uint32_t outerBranches = openBranches_;
     for (const ast::IfBranch& branch : statement.branches) {
+        if (++openBranches_ > kMaxBranches) {
+            Fail(DiagnosticCode::NestingTooDeep, branch.condition->range, {std::to_string(kMaxBranches)});
+            break;
+        }
         Expr* condition = CheckCondition(*branch.condition);
         Block* then = CheckBlock(branch.body, branch.condition->range);
         auto* made = New(IfStmt{{StmtKind::If, statement.range}, condition, then, nullptr});
@@ -191,6 +198,7 @@ Stmt* BodyChecker::CheckIf(const ast::IfStmt& statement) {
         last = made;
     }
     if (statement.hasElse && last != nullptr) last->otherwise = CheckBlock(statement.otherwise, statement.range);
+    openBranches_ = outerBranches;
     return first;
 }
 

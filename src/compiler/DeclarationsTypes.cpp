@@ -244,6 +244,10 @@ const Type* Declarations::State::ResolveArray(const ast::ArrayTypeSpec& spec, Sc
             Report(DiagnosticCode::EmptyBounds, Join(dimension.lower->range, dimension.upper->range),
                    {std::to_string(*lower), std::to_string(*upper)});
             failed = true;
+        } else if (!failed && *upper - *lower >= kMaxTypeSize) {
+            // Further than the count of elements goes.
+            Report(DiagnosticCode::TypeTooLarge, spec.range, {"the array", std::to_string(kMaxTypeSize)});
+            failed = true;
         }
         bounds.push_back({static_cast<std::int32_t>(*lower), static_cast<std::int32_t>(*upper)});
     }
