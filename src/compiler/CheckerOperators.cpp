@@ -544,12 +544,12 @@ Expr* BodyChecker::CheckBinaryChain(const ast::BinaryExpr& binary, const Type* w
 // --- expressions ---
 
 Expr* BodyChecker::CheckTypePrefix(const ast::TypePrefixExpr& prefix) {
-    const Entity entity = ResolveName(prefix.type.name, prefix.type.range, nullptr);
-    if (entity.kind == Entity::Kind::Error) return Error(prefix.range);
-    if (entity.kind != Entity::Kind::Type) {
-        return Fail(DiagnosticCode::UnknownType, prefix.type.range, {SourceText(prefix.type.range)});
-    }
-    const Type* type = BaseOf(entity.type);
+    // Only a type can stand in front of the sign, so that a variable of the same name does not hide it.
+    ast::Identifier path[] = {prefix.type};
+    const Type* prefixed = declarations_->ResolveType(
+        ast::NamedTypeSpec{{ast::TypeSpecKind::Named, prefix.type.range}, path}, context_.scope);
+    if (prefixed->kind == TypeKind::Error) return Error(prefix.range);
+    const Type* type = BaseOf(prefixed);
     if (type->kind == TypeKind::Enum && prefix.operand->kind == ast::ExprKind::Name) {
         const auto& enumeration = *static_cast<const EnumType*>(type);
         const NameId name = static_cast<const ast::NameExpr*>(prefix.operand)->name;
@@ -564,14 +564,14 @@ Expr* BodyChecker::CheckTypePrefix(const ast::TypePrefixExpr& prefix) {
             diagnostic.notes.push_back({prefix.operand->range, "did you mean '" + std::string(nearest) + "'?"});
         return Error(prefix.range);
     }
-    Expr* operand = Check(*prefix.operand, entity.type);
+    Expr* operand = Check(*prefix.operand, prefixed);
     if (IsError(operand)) return operand;
     if (IsUntyped(operand)) {
-        Expr* typed = Coerce(operand, entity.type);
+        Expr* typed = Coerce(operand, prefixed);
         typed->range = prefix.range;
         return typed;
     }
-    return ConvertExplicitly(operand, entity.type, false, prefix.range);
+    return ConvertExplicitly(operand, prefixed, false, prefix.range);
 }
 
 Expr* BodyChecker::Check(const ast::Expr& expression, const Type* wanted) {
