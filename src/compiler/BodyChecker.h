@@ -293,7 +293,7 @@ class BodyChecker {
     Stmt* CheckCase(const ast::CaseStmt& statement);
     struct Label;
     void CheckLabel(const ast::CaseLabel& label, const Type* type, std::vector<Label>& labels, CaseRange& range);
-    void ReportOverlaps(std::vector<Label>& labels, bool isUnsigned);
+    void ReportOverlaps(const std::vector<Label>& labels, bool isUnsigned);
     void ReportMissingLabels(const EnumType& type, const std::vector<Label>& labels, SourceRange range);
     Stmt* CheckFor(const ast::ForStmt& statement);
     void WarnOfLoopEnd(const Type* type, const Expr* to, bool downward);

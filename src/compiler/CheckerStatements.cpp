@@ -1,4 +1,6 @@
 #include <algorithm>
+#include <iterator>
+#include <map>
 
 #include "compiler/BodyChecker.h"
 
@@ -229,23 +231,34 @@ void BodyChecker::CheckLabel(const ast::CaseLabel& label, const Type* type, std:
     labels.push_back({*lower, *upper, place});
 }
 
-void BodyChecker::ReportOverlaps(std::vector<Label>& labels, bool isUnsigned) {
+void BodyChecker::ReportOverlaps(const std::vector<Label>& labels, bool isUnsigned) {
     const auto key = [&](std::int64_t value) {
         constexpr std::uint64_t kSign = std::uint64_t{1} << 63;
         return static_cast<std::uint64_t>(value) ^ (isUnsigned ? 0 : kSign);
     };
-    std::ranges::stable_sort(labels, {}, [&](const Label& label) { return key(label.lower); });
-    const Label* widest = nullptr;
+    struct Taken {
+        std::uint64_t upper;
+        SourceRange range;
+    };
+    // What the labels so far take, by its lower end; nothing in it overlaps.
+    std::map<std::uint64_t, Taken> taken;
     for (const Label& label : labels) {
-        if (widest != nullptr && key(label.lower) <= key(widest->upper)) {
-            const bool isLater = label.range.begin > widest->range.begin;
-            const Label& second = isLater ? label : *widest;
-            const Label& first = isLater ? *widest : label;
+        std::uint64_t lower = key(label.lower);
+        Taken added{key(label.upper), label.range};
+        auto first = taken.upper_bound(lower);
+        if (first != taken.begin() && std::prev(first)->second.upper >= lower) --first;
+        auto last = first;
+        while (last != taken.end() && last->first <= added.upper)
+            ++last;
+        if (first != last) {
             Diagnostic& diagnostic =
-                project_.diagnostics.Report(DiagnosticCode::DuplicateLabel, second.range, {SourceText(second.range)});
-            diagnostic.notes.push_back({first.range, "the other label"});
+                project_.diagnostics.Report(DiagnosticCode::DuplicateLabel, label.range, {SourceText(label.range)});
+            diagnostic.notes.push_back({first->second.range, "the other label"});
+            lower = std::min(lower, first->first);
+            added.upper = std::max(added.upper, std::prev(last)->second.upper);
+            taken.erase(first, last);
         }
-        if (widest == nullptr || key(label.upper) > key(widest->upper)) widest = &label;
+        taken.emplace(lower, added);
     }
 }
 
