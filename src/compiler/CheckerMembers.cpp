@@ -47,7 +47,8 @@ Entity BodyChecker::MemberOfProgram(Pou& program, const ast::MemberExpr& member)
                  {Text(member.member.name), Text(program.name), "only valid while it runs"});
             return {};
         default:
-            if (!IsCodesys()) {
+            // The host's own expressions stand outside of every program.
+            if (!IsCodesys() && context_.pou != nullptr && context_.pou->declaration != nullptr) {
                 project_.diagnostics.Report(DiagnosticCode::InternalVariable, member.member.range,
                                             {Text(member.member.name), Text(program.name)});
             }
@@ -104,7 +105,9 @@ Entity BodyChecker::MemberOfBlock(Place* place, const FunctionBlockType& block, 
 Entity BodyChecker::ResolveMember(const ast::MemberExpr& member) {
     const NameId name = member.member.name;
     // Members of a type are read before those of a variable only when the type's name stands there.
-    const Entity base = Resolve(*member.base, nullptr);
+    // THIS.x is THIS^.x.
+    const Entity base = member.base->kind == ast::ExprKind::This ? ResolveThis(member.base->range, false)
+                                                                 : Resolve(*member.base, nullptr);
     switch (base.kind) {
         case Entity::Kind::Error: return {};
         case Entity::Kind::Type: return MemberOfType(base.type, member);
