@@ -92,7 +92,8 @@ void BodyChecker::ReportUnused() {
     for (Pou& pou : project_.pous) {
         if (pou.declaration == nullptr) continue;
         const bool isFunction = pou.kind == ast::PouKind::Function || pou.kind == ast::PouKind::Method;
-        if (isFunction && pou.result != nullptr && !pou.result->isWritten && pou.body != nullptr &&
+        const bool isKnown = pou.resultType == nullptr || pou.resultType->kind != TypeKind::Error;
+        if (isFunction && isKnown && pou.result != nullptr && !pou.result->isWritten && pou.body != nullptr &&
             !pou.declaration->body.empty()) {
             project_.diagnostics.Report(DiagnosticCode::ResultNotAssigned, pou.declaration->name.range,
                                         {Text(pou.name)});
