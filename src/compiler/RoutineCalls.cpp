@@ -181,7 +181,20 @@ void RoutineGenerator::CallBuiltIn(const CallBuiltInExpr& call) {
         code_.Push();
         code_.LoadStatus(1);
         StorePlace(*call.enableOutput);
-        code_.Pop();
+        if (call.type->storage == ElementaryType::Undefined) {
+            code_.Pop();
+        } else {
+            // What a function that failed leaves may be no value at all.
+            const Label isGood = code_.NewLabel();
+            const Label isKnown = code_.NewLabel();
+            code_.JumpNotZero(isGood);
+            code_.Pop();
+            DefaultValue(call.type);
+            code_.Jump(isKnown);
+            code_.Bind(isGood);
+            code_.Pop();
+            code_.Bind(isKnown);
+        }
     }
     if (call.enable == nullptr) return;
     code_.Jump(end);
