@@ -39,7 +39,8 @@ namespace {
             case PlaceKind::Char: place = static_cast<const CharPlace*>(place)->base; break;
             case PlaceKind::Deref:
             case PlaceKind::Result:
-            case PlaceKind::This: return nullptr;
+            case PlaceKind::This:
+            case PlaceKind::Kept: return nullptr;
         }
     }
 }

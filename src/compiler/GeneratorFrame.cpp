@@ -143,6 +143,7 @@ class FirstUseFinder final : public TreeWalker {
         WalkChildren(*place, use);
         if (place->kind != PlaceKind::Variable) return;
         const Variable* variable = static_cast<const VariablePlace&>(*place).variable;
+        if (variable->storage.kind != StorageKind::Slot) return;
         const bool isAssigned = use == Use::Write && conditions_ == 0;
         assignedFirst_.try_emplace(variable, isAssigned);
         if (isAssigned && !mayReturn_) resultAssigned_.insert(variable);
@@ -267,12 +268,13 @@ void ChooseLocalData(Pou& pou, Frame& frame) {
 }
 
 void DropInitialValues(Pou& pou, Frame& frame) {
-    if (pou.body == nullptr) return;
+    const bool hasResult = pou.result != nullptr && pou.result->storage.kind == StorageKind::Slot;
+    if (pou.body == nullptr || (frame.slots.empty() && !hasResult)) return;
     FirstUseFinder finder;
     finder.Walk(pou.body);
     for (Frame::LocalSlot& slot : frame.slots)
         slot.needsInitial = !finder.IsAssignedFirst(slot.variable);
-    if (pou.result != nullptr && pou.result->storage.kind == StorageKind::Slot)
+    if (hasResult)
         frame.resultNeedsInitial = !finder.IsResultAssignedFirst(pou.result) || !finder.IsAssignedFirst(pou.result);
 }
 

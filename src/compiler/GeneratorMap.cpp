@@ -1,5 +1,6 @@
 #include "compiler/GeneratorMap.h"
 
+#include <map>
 #include <memory>
 #include <string>
 #include <unordered_map>
@@ -117,13 +118,15 @@ class MapBuilder {
     }
 
     void AddLabels(std::span<const PlacedRoutine> routines) {
+        std::map<std::pair<const Pou*, std::uint32_t>, std::uint32_t> offsets;
+        for (const PlacedRoutine& routine : routines) {
+            if (routine.standalone == nullptr)
+                offsets.emplace(std::pair(routine.pou, routine.instanceDelta), routine.codeOffset);
+        }
         for (const ProgramEntry& program : project_.programs) {
-            for (const PlacedRoutine& routine : routines) {
-                const bool isIts = routine.pou == program.pou && routine.standalone == nullptr &&
-                                   routine.instanceDelta == program.instanceOffset - program.pou->instanceOffset;
-                if (isIts)
-                    AddLabel(SymbolLabel::Kind::Program, GetText(program.name, program.declared), routine.codeOffset);
-            }
+            const auto found = offsets.find({program.pou, program.instanceOffset - program.pou->instanceOffset});
+            if (found != offsets.end())
+                AddLabel(SymbolLabel::Kind::Program, GetText(program.name, program.declared), found->second);
         }
         for (const PlacedRoutine& routine : routines) {
             if (routine.standalone != nullptr) {

@@ -1,13 +1,16 @@
 // What generated code does, and where faults are: every source runs without passes, with all, and with each alone.
 #include <gmock/gmock.h>
 
+#include "compiler/CheckerTesting.h"
+#include "compiler/Generator.h"
 #include "compiler/GeneratorTesting.h"
+#include "compiler/TreeInvariant.h"
 
 namespace tn61131::st {
 namespace {
 
-using testing::HasSubstr;
-using testing::Not;
+using ::testing::HasSubstr;
+using ::testing::Not;
 
 struct NamedPasses {
     const char* name;
@@ -48,7 +51,7 @@ void PrintTo(const GeneratorCase& row, std::ostream* out) {
     *out << row.why;
 }
 
-class Generator : public testing::TestWithParam<GeneratorCase> {};
+class Generator : public ::testing::TestWithParam<GeneratorCase> {};
 
 TEST_P(Generator, RunsAlikeWithEveryPass) {
     const GeneratorCase& row = GetParam();
@@ -78,6 +81,24 @@ TEST_P(Generator, RunsAlikeWithEveryPass) {
             return;
         }
     }
+}
+
+/// What passes make is a checked tree as well.
+TEST_P(Generator, PassesKeepTheTreesInvariant) {
+    const GeneratorCase& row = GetParam();
+    CompileOptions options;
+    for (const char* assignment : row.switches) {
+        std::string error;
+        ASSERT_TRUE(SetSwitch(assignment, options, error)) << error;
+    }
+    CheckedText text(row.source, options);
+    ASSERT_FALSE(text.GetProject().diagnostics.HasErrors()) << text.Messages();
+    Optimise(text.GetProject());
+    testing::TreeInvariant invariant(text.GetProject().names);
+    for (const Pou& pou : text.GetProject().pous) {
+        if (pou.body != nullptr) invariant.Visit(pou.body);
+    }
+    EXPECT_THAT(invariant.GetFailures(), ::testing::IsEmpty());
 }
 
 const GeneratorCase kFrames[] = {
@@ -428,10 +449,70 @@ END_PROGRAM)",
      {{"a", "7"}, {"b", "3"}, {"c", "7"}, {"d", "3"}, {"r", "17.5"}}},
 };
 
-INSTANTIATE_TEST_SUITE_P(Frames, Generator, testing::ValuesIn(kFrames));
-INSTANTIATE_TEST_SUITE_P(Blocks, Generator, testing::ValuesIn(kBlocks));
-INSTANTIATE_TEST_SUITE_P(Checks, Generator, testing::ValuesIn(kChecks));
-INSTANTIATE_TEST_SUITE_P(Statements, Generator, testing::ValuesIn(kStatements));
+const GeneratorCase kAddresses[] = {
+    {"an element's address is computed anew where its index changed",
+     R"(TYPE P : STRUCT x, y : INT; END_STRUCT END_TYPE
+PROGRAM Main VAR p : ARRAY[1..4] OF P; i, k : INT := 1; s : INT; END_VAR
+p[i].x := 1; p[i].y := p[i].x + 1; i := i + 1;
+p[i].x := 10; p[i].y := p[i].x + p[i - 1].y;
+FOR i := 3 TO 4 DO p[i].x := i; p[i].y := p[i].x * 2; k := i; p[k].y := p[k].y + p[k].x; END_FOR
+s := p[1].x + p[1].y * 10 + p[2].x + p[2].y * 10 + p[3].y + p[4].y;
+END_PROGRAM)",
+     {{"s", "172"}}},
+    {"and where a function or a block changed it",
+     R"(VAR_GLOBAL g : INT := 1; END_VAR
+FUNCTION Next : INT g := g + 1; Next := g; END_FUNCTION
+FUNCTION_BLOCK Step VAR_IN_OUT i : INT; END_VAR i := i + 1; END_FUNCTION_BLOCK
+PROGRAM Main VAR a : ARRAY[1..6] OF INT; x, i : INT := 1; st : Step; r : REF_TO INT; j : INT := 1; END_VAR
+a[g] := a[g] + 1; x := Next(); a[g] := a[g] + 2; a[g] := a[g] + Next(); a[g] := a[g] + 4;
+a[i] := a[i] + 10; st(i := i); a[i] := a[i] + 20; a[i] := a[i] + 30;
+r := REF(j); a[j] := a[j] + 100; r^ := 5; a[j] := a[j] + 200; a[j] := a[j] + 300;
+END_PROGRAM)",
+     {{"a[1]", "111"}, {"a[2]", "52"}, {"a[3]", "9"}, {"a[5]", "500"}}},
+    {"kept addresses and leaving loops",
+     R"(TYPE P : STRUCT x, y : INT; END_STRUCT END_TYPE
+FUNCTION F : INT VAR_INPUT n : INT; END_VAR VAR p : ARRAY[0..3] OF P; i, j : INT; END_VAR
+FOR i := 0 TO 3 DO
+  p[i].x := i * n; p[i].y := p[i].x + 1;
+  IF p[i].y > 5 THEN EXIT; END_IF
+  FOR j := 0 TO i DO p[j].x := p[j].x + p[i].y; IF p[j].x > 20 THEN CONTINUE; END_IF p[j].y := p[j].x; END_FOR
+  IF p[i].x = 7 THEN F := -p[i].y; RETURN; END_IF
+END_FOR
+F := p[0].x + p[1].x + p[2].x + p[3].x + p[0].y;
+END_FUNCTION
+PROGRAM Main VAR a, b, c, d : INT; END_VAR a := F(1); b := F(3); c := F(4); d := F(2); END_PROGRAM)",
+     {{"a", "-7"}, {"b", "-7"}, {"c", "29"}, {"d", "43"}}},
+    {"elements of an instance, handed to blocks",
+     R"(TYPE P : STRUCT x, y : INT; END_STRUCT END_TYPE
+FUNCTION_BLOCK Add VAR_IN_OUT t : INT; END_VAR VAR_INPUT n : INT; END_VAR t := t + n; END_FUNCTION_BLOCK
+FUNCTION_BLOCK Many
+VAR_INPUT i : INT; END_VAR VAR p : ARRAY[0..3] OF P; f : ARRAY[0..3] OF Add; t : ARRAY[0..3] OF TON; END_VAR
+VAR_OUTPUT s : INT; q : BOOL; END_VAR
+f[i](t := p[i].y, n := 5); f[i](t := p[i].y, n := 2); p[i].x := p[i].y * 10; s := p[i].x + p[i].y;
+t[i](IN := TRUE, PT := T#50ms); q := t[i].Q;
+END_FUNCTION_BLOCK
+PROGRAM Main VAR m : ARRAY[1..2] OF Many; s1, s2 : INT; q : BOOL; k : INT := 2; END_VAR
+m[k](i := 3, s => s2, q => q); m[1](i := 0); s1 := m[1].s;
+END_PROGRAM)",
+     {{"s1", "154"}, {"s2", "154"}, {"q", "TRUE"}},
+     {},
+     2},
+    {"a fault in a kept address is where it was written first",
+     "PROGRAM Main VAR a : ARRAY[1..3] OF INT; i : INT := 4; x : INT; END_VAR\nx := 5;\nx := x +\n  a[i] + a[i];\n"
+     "a[i] := 1;\nEND_PROGRAM",
+     {{"x", "5"}},
+     {},
+     1,
+     221,
+     4,
+     3},
+};
+
+INSTANTIATE_TEST_SUITE_P(Addresses, Generator, ::testing::ValuesIn(kAddresses));
+INSTANTIATE_TEST_SUITE_P(Frames, Generator, ::testing::ValuesIn(kFrames));
+INSTANTIATE_TEST_SUITE_P(Blocks, Generator, ::testing::ValuesIn(kBlocks));
+INSTANTIATE_TEST_SUITE_P(Checks, Generator, ::testing::ValuesIn(kChecks));
+INSTANTIATE_TEST_SUITE_P(Statements, Generator, ::testing::ValuesIn(kStatements));
 
 TEST(GeneratorFrames, ManyVariablesSpillIntoMemory) {
     std::string declarations;
@@ -503,7 +584,7 @@ PROGRAM Main VAR x : INT; END_VAR x := Used() * Used(); END_PROGRAM)",
     std::vector<std::string> names;
     for (const SymbolPou& pou : run.result.map.GetPous())
         names.push_back(pou.name);
-    EXPECT_THAT(names, testing::ElementsAre("Main", "Used"));
+    EXPECT_THAT(names, ::testing::ElementsAre("Main", "Used"));
 }
 
 TEST(GeneratorMap, FaultsInCalledFunctionsHaveTheirCallChain) {
@@ -538,11 +619,12 @@ END_RESOURCE END_CONFIGURATION)");
     std::vector<std::string> retained;
     for (const SymbolRetained& each : map.GetRetained())
         retained.push_back(each.name + " " + std::to_string(each.size) + (each.isPersistent ? " persistent" : ""));
-    EXPECT_THAT(retained, testing::ElementsAre("kept 2", "CONST_LIKE 4 persistent", "Inst.c[1].n 4", "Inst.c[2].n 4"));
+    EXPECT_THAT(retained,
+                ::testing::ElementsAre("kept 2", "CONST_LIKE 4 persistent", "Inst.c[1].n 4", "Inst.c[2].n 4"));
     ASSERT_EQ(map.GetTasks().size(), 1U);
     EXPECT_EQ(map.GetTasks()[0].name, "Fast");
     EXPECT_EQ(map.GetTasks()[0].intervalMs, 10);
-    EXPECT_THAT(map.GetTasks()[0].programs, testing::ElementsAre("Inst"));
+    EXPECT_THAT(map.GetTasks()[0].programs, ::testing::ElementsAre("Inst"));
     SymbolReference color;
     std::string error;
     ASSERT_TRUE(map.Find("Inst.col", color, error)) << error;
@@ -575,6 +657,11 @@ TEST(GeneratorPasses, EachTakesInstructionsAway) {
          "PROGRAM Main VAR a : ARRAY[1..9] OF INT; i : INT; END_VAR FOR i := 1 TO 8 DO a[i + 1] := i; END_FOR "
          "END_PROGRAM",
          "JMPNZ +"},
+        {"the address of an element, computed again", &Passes::commonAddresses,
+         "TYPE P : STRUCT x, y, z : INT; END_STRUCT END_TYPE "
+         "PROGRAM Main VAR p : ARRAY[1..9] OF P; i : INT := 2; END_VAR VAR_TEMP t : INT; END_VAR "
+         "p[i].x := 5; p[i].y := p[i].x; p[i].z := p[i].y + p[i].x; p[i].x := p[i].z; END_PROGRAM",
+         "Global: 4294967294"},
         {"an addition to the pointer of an in-out", &Passes::commonAddresses,
          "TYPE P : STRUCT x, y : INT; END_STRUCT END_TYPE "
          "FUNCTION F : INT VAR_IN_OUT p : P; END_VAR p.y := p.y + 1; F := 2; END_FUNCTION "

@@ -60,6 +60,33 @@ EffectFinder FindEffects(const Expr& expr) {
 
 }  // namespace
 
+bool IsApart(const Variable& variable) noexcept {
+    return !variable.isAddressTaken && variable.aliasOf == nullptr && variable.storage.kind != StorageKind::Tag &&
+           variable.section != ast::VarSection::InOut && variable.section != ast::VarSection::Output &&
+           variable.section != ast::VarSection::External;
+}
+
+namespace {
+
+bool IsOfCall(const Variable& variable) noexcept {
+    return variable.owner != nullptr && variable.storage.kind == StorageKind::Unassigned;
+}
+
+bool IsOfProgram(const Variable& variable) noexcept {
+    return variable.owner != nullptr && variable.owner->kind == ast::PouKind::Program;
+}
+
+}  // namespace
+
+bool MayChange(const Variable& variable, const CallBlockStmt& call) noexcept {
+    if (IsOfCall(variable)) return false;
+    return !IsOfProgram(variable) || call.block == nullptr;
+}
+
+bool MayChange(const Variable& variable, const CallFunctionExpr& call) noexcept {
+    return call.callee->hasSideEffects && !IsOfCall(variable) && !IsOfProgram(variable);
+}
+
 bool IsPure(const Expr& expr) {
     return !FindEffects(expr).hasEffects;
 }
@@ -71,10 +98,16 @@ bool CannotFail(const Expr& expr) {
 
 void Optimise(Project& project) {
     const Passes& passes = project.options.passes;
+    // Who writes to one of two variables at one place changes the other.
+    for (Variable& variable : project.variables) {
+        if (variable.aliasOf != nullptr && variable.section != ast::VarSection::External)
+            variable.aliasOf->isAddressTaken = true;
+    }
     if (passes.inlineLeaves) InlineLeaves(project);
     if (passes.foldConstants) FoldConstants(project);
     if (passes.commonAddresses) DropKnownChecks(project);
     if (passes.deadStores) DropDeadStores(project);
+    if (passes.commonAddresses) KeepAddresses(project);
 }
 
 }  // namespace tn61131::st

@@ -14,6 +14,8 @@ void InlineLeaves(Project& project);
 void FoldConstants(Project& project);
 /// Leaves out the range tests of indices that count through a range inside the bounds.
 void DropKnownChecks(Project& project);
+/// Computes the address of an element once where statements behind one another use it more often.
+void KeepAddresses(Project& project);
 /// Leaves out assignments to variables that nothing reads.
 void DropDeadStores(Project& project);
 
@@ -31,6 +33,13 @@ void WalkBodies(Project& project, Walker& walker) {
         walker.Walk(standalone.expression);
     }
 }
+
+/// Whether a call may change a variable that its caller does not hand to it: not one of the caller's own call, nor one of
+/// a program when no part of a program is called. For variables whose address nothing takes.
+[[nodiscard]] bool MayChange(const Variable& variable, const CallBlockStmt& call) noexcept;
+[[nodiscard]] bool MayChange(const Variable& variable, const CallFunctionExpr& call) noexcept;
+/// Whether writing to other places by their names leaves a variable alone.
+[[nodiscard]] bool IsApart(const Variable& variable) noexcept;
 
 /// Whether evaluating an expression does nothing but give its value: it calls no function that writes elsewhere.
 [[nodiscard]] bool IsPure(const Expr& expr);

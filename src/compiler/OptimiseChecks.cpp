@@ -23,19 +23,15 @@ class CounterCheck final : public TreeWalker {
         WalkChildren(*place, use);
     }
     void VisitExpr(Expr*& expr) override {
-        if (expr->kind == ExprKind::CallFunction && static_cast<const CallFunctionExpr&>(*expr).callee->hasSideEffects)
-            isKept_ = isKept_ && IsOutOfReach();
+        if (expr->kind == ExprKind::CallFunction && MayChange(counter_, static_cast<const CallFunctionExpr&>(*expr)))
+            isKept_ = false;
         WalkChildren(*expr);
     }
     void VisitStmt(Stmt*& stmt) override {
-        if (stmt->kind == StmtKind::CallBlock) isKept_ = isKept_ && IsOutOfReach();
+        if (stmt->kind == StmtKind::CallBlock && MayChange(counter_, static_cast<const CallBlockStmt&>(*stmt)))
+            isKept_ = false;
         WalkChildren(*stmt);
     }
-    /// Variables of a call are reached by nothing else: no pointer to them has been made.
-    [[nodiscard]] bool IsOutOfReach() const noexcept {
-        return counter_.owner != nullptr && counter_.storage.kind == StorageKind::Unassigned;
-    }
-
     const Variable& counter_;
     bool isKept_ = true;
 };
@@ -67,9 +63,7 @@ class CheckDropper final : public TreeWalker {
         const auto to = GetRangeOf(*loop.to);
         if (!from || !to || loop.counter->kind != PlaceKind::Variable) return false;
         const Variable& variable = *static_cast<const VariablePlace&>(*loop.counter).variable;
-        if (variable.isAddressTaken || variable.aliasOf != nullptr || variable.storage.kind == StorageKind::Tag ||
-            variable.section == ast::VarSection::InOut || variable.section == ast::VarSection::Output)
-            return false;
+        if (!IsApart(variable)) return false;
         CounterCheck check(variable);
         check.Walk(loop.body);
         const auto step = loop.by == nullptr ? Int128{1} : GetConstantNumber(*loop.by).value_or(0);

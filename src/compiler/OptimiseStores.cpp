@@ -7,7 +7,14 @@ namespace tn61131::st {
 
 namespace {
 
-/// Variables of one call whose value something looks at.
+/// Variables of a call end with it; whatever outlives it may be looked at from outside.
+bool IsOfCall(const Variable& variable) noexcept {
+    return variable.owner != nullptr && variable.storage.kind == StorageKind::Unassigned &&
+           variable.aliasOf == nullptr && !variable.isResult && !variable.isAddressTaken &&
+           variable.section != ast::VarSection::InOut && variable.section != ast::VarSection::Output;
+}
+
+/// Variables of calls whose value something looks at.
 class ReadFinder final : public TreeWalker {
  public:
     void Begin(Pou& /*pou*/) noexcept {}
@@ -15,8 +22,7 @@ class ReadFinder final : public TreeWalker {
 
  private:
     void VisitPlace(Place*& place, Use use) override {
-        if (place->kind == PlaceKind::Variable && use != Use::Write)
-            read_.insert(static_cast<const VariablePlace&>(*place).variable);
+        if (place->kind == PlaceKind::Variable && use != Use::Write) Note(*place);
         WalkChildren(*place, use);
     }
     /// A loop reads its counter.
@@ -26,6 +32,11 @@ class ReadFinder final : public TreeWalker {
             if (counter.kind == PlaceKind::Variable) read_.insert(static_cast<const VariablePlace&>(counter).variable);
         }
         WalkChildren(*stmt);
+    }
+
+    void Note(const Place& place) {
+        const Variable* variable = static_cast<const VariablePlace&>(place).variable;
+        if (IsOfCall(*variable)) read_.insert(variable);
     }
 
     std::unordered_set<const Variable*> read_;
@@ -48,11 +59,7 @@ class StoreDropper final : public TreeWalker {
     [[nodiscard]] bool IsDead(const AssignStmt& stmt) const {
         if (stmt.target->kind != PlaceKind::Variable || stmt.isRanged) return false;
         const Variable& variable = *static_cast<const VariablePlace&>(*stmt.target).variable;
-        // Variables of a call end with it; whatever outlives it may be looked at from outside.
-        const bool isOfCall = variable.owner != nullptr && variable.storage.kind == StorageKind::Unassigned &&
-                              variable.aliasOf == nullptr && !variable.isResult &&
-                              variable.section != ast::VarSection::InOut && variable.section != ast::VarSection::Output;
-        return isOfCall && !variable.isAddressTaken && !reads_.IsRead(variable) && CannotFail(*stmt.value);
+        return IsOfCall(variable) && !reads_.IsRead(variable) && CannotFail(*stmt.value);
     }
 
     Project& project_;

@@ -254,6 +254,7 @@ class RoutineGenerator {
     void Assign(const AssignStmt& statement);
     void AssignAggregate(const AssignAggregateStmt& statement);
     void Evaluate(const Expr& value);
+    void KeepAddress(const KeepStmt& statement);
     void CopyToTop(std::uint32_t size, const Address& target);
     void CopyPieces(std::uint32_t size, const Address& source, const Address& target);
     void StoreBits(const StoreBitsStmt& statement);

@@ -103,6 +103,11 @@ RoutineGenerator::Address RoutineGenerator::Resolve(const Place& place) {
             address.firstTerm = static_cast<std::uint32_t>(terms_.size());
             return address;
         }
+        case PlaceKind::Kept: {
+            Address address = MakeSlotPointer(static_cast<const KeptPlace&>(place).slot);
+            address.firstTerm = static_cast<std::uint32_t>(terms_.size());
+            return address;
+        }
         case PlaceKind::Result: break;
     }
     Address address;

@@ -56,8 +56,16 @@ void RoutineGenerator::Statement(const Stmt& statement) {
         case StmtKind::Continue: LeaveLoop(&Loop::next); break;
         case StmtKind::Return: LeaveRoutine(); break;
         case StmtKind::Block: Statements(static_cast<const Block*>(&statement)); break;
+        case StmtKind::Keep: KeepAddress(static_cast<const KeepStmt&>(statement)); break;
     }
     tempInUse_ = tempInUse;
+}
+
+void RoutineGenerator::KeepAddress(const KeepStmt& statement) {
+    const Address kept = Keep(Resolve(*statement.place), statement.isRooted ? Rooted::Yes : Rooted::No);
+    statement.kept->slot = kept.slot;
+    Statements(statement.body);
+    code_.Pop();
 }
 
 void RoutineGenerator::Evaluate(const Expr& value) {

@@ -26,6 +26,7 @@ enum class PlaceKind : std::uint8_t {
     Char,     ///< one unit of a string, counted from 1: CHAR or BYTE of a STRING, WCHAR or WORD of a WSTRING
     Result,   ///< the temporary that holds an aggregate function result
     This,     ///< the instance whose body, method or action runs: THIS^, and SUPER^ with the type of the base
+    Kept,     ///< of the optimiser: the place of the Keep statement around it
 };
 
 struct Place {
@@ -69,6 +70,11 @@ struct ResultPlace : Place {
 };
 
 struct ThisPlace : Place {};
+
+/// All uses of one kept address are one object.
+struct KeptPlace : Place {
+    std::uint32_t slot = 0;  ///< entry of the frame with the pointer; set by the code generator
+};
 
 // --- expressions ---
 
@@ -210,7 +216,8 @@ enum class StmtKind : std::uint8_t {
     Exit,
     Continue,
     Return,
-    Block
+    Block,
+    Keep,  ///< of the optimiser
 };
 
 struct Stmt {
@@ -300,6 +307,14 @@ struct ForStmt : Stmt {
     Expr* from;
     Expr* to;
     Expr* by;
+    Block* body;
+};
+
+/// Computes the address of a place once for everything in the body. `isRooted`: the pointer is handed to others.
+struct KeepStmt : Stmt {
+    Place* place;
+    KeptPlace* kept;
+    bool isRooted;
     Block* body;
 };
 

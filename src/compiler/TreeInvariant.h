@@ -23,6 +23,10 @@ class TreeInvariant {
                 Same(assign.target->type, assign.value);
                 break;
             }
+            case StmtKind::Keep:
+                Visit(static_cast<const KeepStmt*>(stmt)->place);
+                Visit(static_cast<const KeepStmt*>(stmt)->body);
+                break;
             case StmtKind::AssignAggregate: {
                 const auto& assign = *static_cast<const AssignAggregateStmt*>(stmt);
                 Visit(assign.target);
@@ -195,7 +199,8 @@ class TreeInvariant {
                 break;
             case PlaceKind::Result: Visit(static_cast<const ResultPlace*>(place)->call); break;
             case PlaceKind::Variable:
-            case PlaceKind::This: break;
+            case PlaceKind::This:
+            case PlaceKind::Kept: break;
         }
     }
 

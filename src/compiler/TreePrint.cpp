@@ -236,6 +236,7 @@ void Printer::Print(const Place* place) {
             Add("}");
             break;
         }
+        case PlaceKind::Kept: Add("(kept)"); break;
         case PlaceKind::Result:
             Add("(result ");
             Print(static_cast<const ResultPlace*>(place)->call);
@@ -330,6 +331,14 @@ void Printer::Print(const Stmt* stmt) {
             break;
         }
         case StmtKind::Evaluate: Print(static_cast<const EvaluateStmt*>(stmt)->value); break;
+        case StmtKind::Keep: {
+            const auto& keep = *static_cast<const KeepStmt*>(stmt);
+            Add("(keep ");
+            Print(keep.place);
+            Body(keep.body);
+            Add(")");
+            break;
+        }
         case StmtKind::CallBlock: PrintBlockCall(*static_cast<const CallBlockStmt*>(stmt)); break;
         case StmtKind::If: {
             const auto& choice = *static_cast<const IfStmt*>(stmt);

@@ -46,7 +46,8 @@ void TreeWalker::WalkChildren(Place& place, Use use) {
     const Use partUse = use == Use::Write ? Use::Change : use;
     switch (place.kind) {
         case PlaceKind::Variable:
-        case PlaceKind::This: break;
+        case PlaceKind::This:
+        case PlaceKind::Kept: break;
         case PlaceKind::Member: Walk(static_cast<MemberPlace&>(place).base, partUse); break;
         case PlaceKind::Element:
             Walk(static_cast<ElementPlace&>(place).base, partUse);
@@ -139,6 +140,10 @@ void TreeWalker::WalkChildren(Stmt& stmt) {
         case StmtKind::Continue:
         case StmtKind::Return: break;
         case StmtKind::Block: WalkChildren(static_cast<Block&>(stmt)); break;
+        case StmtKind::Keep:
+            Walk(static_cast<KeepStmt&>(stmt).place, Use::Read);
+            Walk(static_cast<KeepStmt&>(stmt).body);
+            break;
     }
 }
 
