@@ -161,6 +161,8 @@ class BodyChecker {
     void MarkRead(const Place* place);
     void MarkWritten(const Place* place, SourceRange range);
     void MarkAddressTaken(const Place* place);
+    /// Notes that a pointer leads to the characters of a text.
+    void ExposeText(const Place* place);
 
     // --- CheckerLiterals.cpp ---
     Expr* CheckLiteral(const ast::LiteralExpr& literal);

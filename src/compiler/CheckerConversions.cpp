@@ -64,7 +64,9 @@ Expr* BodyChecker::CheckSizeOf(const ast::Expr& operand, SourceRange range) {
     // STRING as a type's name has the length of the dialect.
     if (type->kind == TypeKind::Elementary && type->storage == ElementaryType::String)
         type = project_.types.String(ElementaryType::String, GetSwitches().stringLength);
-    return UntypedFromInteger(false, type->size, false, range);
+    // Where texts are known by their characters, they have the zero behind them instead of the length in front.
+    const bool isCharacters = GetSwitches().dataPointers && BaseOf(type)->storage == ElementaryType::String;
+    return UntypedFromInteger(false, isCharacters ? type->size - kTextHeader : type->size, false, range);
 }
 
 Expr* BodyChecker::CheckBoundOf(const ast::CallExpr& call, const BuiltIn& builtIn) {
@@ -111,6 +113,7 @@ Expr* BodyChecker::CheckAddressOf(const ast::Expr& operand, bool isTyped, Source
     MarkRead(place);
     MarkWritten(place, operand.range);
     MarkAddressTaken(place);
+    ExposeText(place);
     // CODESYS gives ADR no type: the pointer may be assigned to any other.
     const Type* type = project_.types.Pointer(isTyped ? place->type : project_.types.Void());
     return New(AddressExpr{{ExprKind::Address, type, range}, place});

@@ -91,6 +91,18 @@ void BodyChecker::MarkAddressTaken(const Place* place) {
         variable->isAddressTaken = true;
 }
 
+void BodyChecker::ExposeText(const Place* place) {
+    if (!GetSwitches().dataPointers || BaseOf(place->type)->storage != ElementaryType::String) return;
+    for (Variable* variable = RootOf(place); variable != nullptr; variable = variable->aliasOf)
+        variable->isTextExposed = true;
+    if (place->kind != PlaceKind::Member) return;
+    const auto& member = static_cast<const MemberPlace&>(*place);
+    const Type* owner = Strip(member.base->type);
+    if (owner->kind != TypeKind::FunctionBlock) return;
+    if (Variable* variable = static_cast<const FunctionBlockType*>(owner)->Find(member.member))
+        variable->isTextExposed = true;
+}
+
 // --- names ---
 
 Entity BodyChecker::FromPlace(Place* place, const char* readOnly) {

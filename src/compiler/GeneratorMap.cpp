@@ -25,8 +25,12 @@ class MapTypes {
     SymbolType Get(const Type* type) {
         type = Strip(type);
         switch (type->kind) {
-            case TypeKind::String:
-                return SymbolType::MakeString(type->storage, static_cast<const StringType&>(*type).capacity);
+            case TypeKind::String: {
+                // Room for the zero behind a text counts, so that what follows is found where it is.
+                const bool isWide = type->storage == ElementaryType::WString;
+                const std::uint32_t units = isWide ? GetTextCapacity(type) : type->size - kTextHeader;
+                return SymbolType::MakeString(type->storage, static_cast<std::uint16_t>(units));
+            }
             case TypeKind::Array: return GetArray(static_cast<const ArrayType&>(*type));
             case TypeKind::Enum: return GetEnum(static_cast<const EnumType&>(*type));
             case TypeKind::Struct:

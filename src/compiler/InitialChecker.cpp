@@ -153,8 +153,13 @@ const InitialValue* InitialChecker::CheckAddress(const ast::Expr& expression, co
                                     {TextOf(&type), TextOf(place->type)});
         return nullptr;
     }
+    std::uint32_t offset = place->offset;
+    if (project_.options.switches.dataPointers && found->storage == ElementaryType::String) {
+        offset += kTextHeader;
+        place->variable->isTextExposed = true;
+    }
     return project_.arena.New<AddressInitial>(
-        AddressInitial{{InitialValue::Kind::Address, &type}, place->variable, place->offset});
+        AddressInitial{{InitialValue::Kind::Address, &type}, place->variable, offset});
 }
 
 const InitialValue* InitialChecker::CheckArray(const ast::Expr& value, const Type* type, Scope* scope) {

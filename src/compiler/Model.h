@@ -72,6 +72,9 @@ struct Variable {
     bool isWritten = false;
     bool isAddressTaken = false;  ///< ADR, REF, in-out argument: must lie in memory
     bool isPartWritten = false;   ///< a bit, an element or a member is written on its own
+    /// Its text, or one in it, may change behind the machine's back, by way of a pointer to the characters: what ends
+    /// it is the first zero character.
+    bool isTextExposed = false;
 };
 
 struct Pou {
@@ -174,7 +177,7 @@ struct Standalone {
 /// The whole project between parsing and code generation.
 struct Project {
     Project(const SourceManager& sourceManager, const CompileOptions& compileOptions, Diagnostics& log)
-        : sources(sourceManager), options(compileOptions), diagnostics(log), types(names), globalScope(nullptr) {}
+        : sources(sourceManager), options(compileOptions), diagnostics(log), types(names, compileOptions.switches.dataPointers), globalScope(nullptr) {}
 
     const SourceManager& sources;
     const CompileOptions& options;

@@ -120,6 +120,11 @@ constexpr SwitchRow kSwitches[] = {
      [](CompileOptions& options, std::string_view value) {
          return SetFlag<&Switches::stringFail>(options, value, "fail", "zero");
      }},
+    {{"string-pointers", "object|data", "object", "data",
+      "where a pointer to a STRING leads: to its first character or to its length"},
+     [](CompileOptions& options, std::string_view value) {
+         return SetFlag<&Switches::dataPointers>(options, value, "data", "object");
+     }},
     {{"nested-comments", "on|off", "on", "on", "comments inside of comments"}, SetOnOff<&Switches::nestedComments>},
     {{"string-length", "1..32766", "254", "80", "of STRING and WSTRING without a length"}, SetStringLength},
     {{"hints", "on|off", "off", "off", "report accepted spellings of other dialects"}, SetOnOff<&Switches::hints>},

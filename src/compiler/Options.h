@@ -27,6 +27,7 @@ struct Switches {
     bool bitInteger = false;           ///< bit-integer=on|off: bit strings and integers of the same or larger width mix
     bool dateSeconds = false;          ///< date-unit=second|native: number of a DATE or DT in conversions
     bool stringFail = true;            ///< string-conversion=fail|zero: what a text that is no number converts to
+    bool dataPointers = false;         ///< string-pointers=data|object: ADR of a STRING leads to its first character
     bool nestedComments = true;        ///< nested-comments=on|off
     std::uint16_t stringLength = 254;  ///< string-length=N: of STRING and WSTRING without a length; 80 in codesys
     bool hints = false;                ///< hints=on|off: report accepted spellings of other dialects

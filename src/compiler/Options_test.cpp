@@ -70,6 +70,7 @@ TEST(SetSwitch, TakesEveryValue) {
         {"bit-integer=on", [](const CompileOptions& o) { return o.switches.bitInteger; }},
         {"date-unit=second", [](const CompileOptions& o) { return o.switches.dateSeconds; }},
         {"date-unit=native", [](const CompileOptions& o) { return !o.switches.dateSeconds; }},
+        {"string-pointers=data", [](const CompileOptions& o) { return o.switches.dataPointers; }},
         {"string-conversion=zero", [](const CompileOptions& o) { return !o.switches.stringFail; }},
         {"string-conversion=fail", [](const CompileOptions& o) { return o.switches.stringFail; }},
         {"nested-comments=off", [](const CompileOptions& o) { return !o.switches.nestedComments; }},

@@ -29,7 +29,8 @@ UsedBuiltIns::Function FindFunctionByName(std::string_view name) noexcept {
 }  // namespace
 
 UsedBuiltIns::UsedBuiltIns()
-    : left(FindFunctionByName("LEFT")),
+    : find(FindFunctionByName("FIND")),
+      left(FindFunctionByName("LEFT")),
       mid(FindFunctionByName("MID")),
       limit(FindFunctionByName("LIMIT")),
       min(FindFunctionByName("MIN")),
@@ -46,7 +47,10 @@ void RoutineGenerator::Value(const Expr& expr) {
             const Place& place = *static_cast<const LoadExpr&>(expr).place;
             return IsAggregate(expr.type) ? LoadComposite(place) : LoadPlace(place);
         }
-        case ExprKind::Address: return EmitPlaceAddress(*static_cast<const AddressExpr&>(expr).place);
+        case ExprKind::Address: {
+            const Place& place = *static_cast<const AddressExpr&>(expr).place;
+            return EmitAddress(AtOffset(Resolve(place), LeadsToCharacters(place.type) ? kTextHeader : 0), Rooted::Yes);
+        }
         case ExprKind::Unary:
             Value(*static_cast<const UnaryExpr&>(expr).operand);
             return code_.Unary(static_cast<const UnaryExpr&>(expr).op);

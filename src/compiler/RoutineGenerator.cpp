@@ -92,6 +92,7 @@ void RoutineGenerator::InitialiseMemory() {
     }
     for (const Frame::CopiedInput& input : frame_->copiedInputs)
         CopyInput(input);
+    SettleParameterTexts(true);
     if (!TakesArguments(*pou_)) return;
     for (const Variable* output : pou_->outputs)
         ResetThroughPointer(*output);
@@ -135,9 +136,11 @@ void RoutineGenerator::ResetThroughPointer(const Variable& variable) {
 // --- end ---
 
 void RoutineGenerator::LeaveRoutine() {
+    SettleParameterTexts(false);
     const Variable* result = pou_->result;
     if (result != nullptr &&
         (result->storage.kind == StorageKind::Temp || result->storage.kind == StorageKind::Global)) {
+        if (result->isTextExposed) MeasureText(ResolveVariable(*result), result->type);
         LoadFrom(ResolveVariable(*result), result->type);
         code_.StoreStack(0);
     }

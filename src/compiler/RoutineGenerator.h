@@ -49,6 +49,7 @@ struct UsedBuiltIns {
     };
     UsedBuiltIns();
 
+    Function find;
     Function left;
     Function mid;
     Function limit;
@@ -152,6 +153,21 @@ class RoutineGenerator {
     void StorePlace(const Place& place);
     void EmitPlaceAddress(const Place& place) { EmitAddress(Resolve(place), Rooted::Yes); }
     void LoadUnitOfSlot(const CharPlace& place, std::uint32_t slot);
+
+    // --- texts that pointers reach into (RoutineTexts.cpp) ---
+
+    /// Whether pointers to a type are pointers to a text's characters.
+    [[nodiscard]] bool LeadsToCharacters(const Type* type) const noexcept;
+    /// Whether the text at a place may have been changed through a pointer to its characters.
+    [[nodiscard]] static bool IsExposedText(const Place& place);
+    void LoadExposedText(const Address& address, const Type* type);
+    void StoreExposedText(const Address& address, const Type* type);
+    /// Lets the length end at the first zero character. The working entry is lost.
+    void MeasureText(const Address& address, const Type* type);
+    /// Writes the zero character behind the text, where there is room. The working entry stays.
+    void TerminateText(const Address& address, const Type* type);
+    /// Makes the texts of others that the routine has exposed whole: `enters` at its start, else at its end.
+    void SettleParameterTexts(bool enters);
 
     // --- range tests (RoutineChecks.cpp) ---
 

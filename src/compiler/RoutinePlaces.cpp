@@ -9,15 +9,10 @@ namespace tn61131::st {
 namespace {
 
 constexpr std::uint32_t kPointerSize = 8;
-constexpr std::uint32_t kTextHeader = 2;  ///< bytes of the length in front of a text
 
 /// Bytes of one unit of a text.
 std::uint32_t GetUnitSize(const Type* text) noexcept {
     return Strip(text)->storage == ElementaryType::WString ? 2 : 1;
-}
-
-std::uint32_t GetCapacity(const Type* text) noexcept {
-    return static_cast<const StringType*>(Strip(text))->capacity;
 }
 
 }  // namespace
@@ -92,7 +87,7 @@ RoutineGenerator::Address RoutineGenerator::Resolve(const Place& place) {
             address.offset += kTextHeader - size;
             AddIndex(address, {.index = unit.index,
                                .scale = size,
-                               .bounds = {1, GetCapacity(GetStoredType(*unit.base))},
+                               .bounds = {1, GetTextCapacity(GetStoredType(*unit.base))},
                                .isChecked = true,
                                .isBounded = false});
             address.range = place.range;
@@ -126,6 +121,7 @@ RoutineGenerator::Address RoutineGenerator::ResolveDeref(const DerefPlace& place
         address.expr = place.pointer;
         address.firstTerm = static_cast<std::uint32_t>(terms_.size());
     }
+    if (place.pointer->kind != ExprKind::Address && LeadsToCharacters(place.type)) address.offset -= kTextHeader;
     if (place.index != nullptr) {
         AddIndex(
             address,
@@ -286,14 +282,14 @@ void RoutineGenerator::LoadFrom(const Address& address, const Type* type) {
     const bool isForwarded = IsForwarded(address, type);
     if (isForwarded && code_.TopHolds(value)) return;
     EmitAddress(address, Rooted::No);
-    code_.PointerLoad(type->storage, type->size);
+    code_.PointerLoad(type->storage, GetValueSize(type));
     if (isForwarded) code_.NoteTop(value);
 }
 
 void RoutineGenerator::StoreTo(const Address& address, const Type* type) {
     code_.Push();
     EmitAddress(address, Rooted::No);
-    code_.PointerStore(type->storage, type->size);
+    code_.PointerStore(type->storage, GetValueSize(type));
     if (IsForwarded(address, type)) code_.NoteTop({address.location, address.offset, type->storage});
 }
 
@@ -317,7 +313,12 @@ void RoutineGenerator::LoadPlace(const Place& place) {
             return;
         }
     }
-    LoadFrom(Resolve(place), GetStoredType(place));
+    const Address address = Resolve(place);
+    if (IsExposedText(place)) {
+        LoadExposedText(address, GetStoredType(place));
+    } else {
+        LoadFrom(address, GetStoredType(place));
+    }
 }
 
 void RoutineGenerator::StorePlace(const Place& place) {
@@ -325,7 +326,12 @@ void RoutineGenerator::StorePlace(const Place& place) {
         code_.StoreStack(*slot);
         return;
     }
-    StoreTo(Resolve(place), GetStoredType(place));
+    const Address address = Resolve(place);
+    if (IsExposedText(place)) {
+        StoreExposedText(address, GetStoredType(place));
+    } else {
+        StoreTo(address, GetStoredType(place));
+    }
 }
 
 /// A text in a slot has no address: its unit is what a text of one unit starts with.

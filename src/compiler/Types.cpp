@@ -159,7 +159,7 @@ T* TypeTable::Keep(T type) {
     return result;
 }
 
-TypeTable::TypeTable(NameTable& names) : names_(names) {
+TypeTable::TypeTable(NameTable& names, bool textsEndInZero) : names_(names), textsEndInZero_(textsEndInZero) {
     error_ = Keep(Type{.kind = TypeKind::Error, .storage = ElementaryType::Undefined, .size = 0});
     void_ = Keep(Type{.kind = TypeKind::Void, .storage = ElementaryType::Undefined, .size = 0});
     null_ = Keep(Type{.kind = TypeKind::Null, .storage = ElementaryType::Pointer, .size = kPointerSize});
@@ -179,8 +179,9 @@ const Type* TypeTable::Elementary(ElementaryType type) const noexcept {
 const StringType* TypeTable::String(ElementaryType stringOrWString, std::uint16_t capacity) {
     const StringType*& place = strings_[{stringOrWString, capacity}];
     if (place == nullptr) {
-        const std::uint32_t size = stringOrWString == ElementaryType::WString ? 2 * (capacity + std::uint32_t{1})
-                                                                              : std::uint32_t{2} + capacity;
+        const bool isWide = stringOrWString == ElementaryType::WString;
+        const std::uint32_t size = isWide ? kTextHeader + 2 * std::uint32_t{capacity}
+                                          : kTextHeader + capacity + (textsEndInZero_ ? std::uint32_t{1} : 0);
         StringType type{};
         type.kind = TypeKind::String;
         type.storage = stringOrWString;

@@ -168,7 +168,8 @@ struct FunctionBlockType : Type {
 /// Makes and keeps the types of a project.
 class TypeTable {
  public:
-    explicit TypeTable(NameTable& names);
+    /// With `textsEndInZero`, a STRING has room for a zero behind its last character.
+    TypeTable(NameTable& names, bool textsEndInZero);
 
     [[nodiscard]] const Type* Error() const noexcept { return error_; }
     [[nodiscard]] const Type* Void() const noexcept { return void_; }
@@ -210,6 +211,7 @@ class TypeTable {
     const FunctionBlockType* MakeLibraryBlock(NameId name, const BlockGroup& group, const BlockRow& row);
 
     NameTable& names_;
+    const bool textsEndInZero_;
     std::deque<std::shared_ptr<Type>> types_;
     const Type* error_ = nullptr;
     const Type* void_ = nullptr;
@@ -225,6 +227,9 @@ class TypeTable {
     std::deque<std::shared_ptr<Variable>> libraryVariables_;
 };
 
+/// Bytes of the length in front of a text's characters.
+inline constexpr std::uint32_t kTextHeader = 2;
+
 /// Bytes that a type may have.
 inline constexpr std::uint32_t kMaxTypeSize = 0x10000000;
 /// How deep types may lie in each other: symbol maps hold no more.
@@ -234,6 +239,15 @@ inline constexpr std::uint8_t kMaxTypeDepth = 32;
 [[nodiscard]] const Type* Strip(const Type* type) noexcept;
 /// The type whose values a variable of the type holds: aliases, subranges stripped; enumerations stay.
 [[nodiscard]] const Type* BaseOf(const Type* type) noexcept;
+
+/// Units that a STRING or WSTRING holds.
+[[nodiscard]] inline std::uint16_t GetTextCapacity(const Type* text) noexcept {
+    return static_cast<const StringType*>(Strip(text))->capacity;
+}
+/// Bytes that the machine may use for a value of the type: all but the room for the zero behind a text.
+[[nodiscard]] inline std::uint32_t GetValueSize(const Type* type) noexcept {
+    return type->storage == ElementaryType::String ? kTextHeader + GetTextCapacity(type) : type->size;
+}
 
 [[nodiscard]] inline bool IsAggregate(const Type* type) noexcept {
     type = Strip(type);
