@@ -43,14 +43,16 @@ class RecursionFinder {
         while (!path_.empty()) {
             Step& step = path_.back();
             if (step.next < step.pou->callees.size()) {
-                const Pou& callee = *step.pou->callees[step.next++];
+                // Opening the callee moves the steps.
+                const Pou& caller = *step.pou;
+                const Pou& callee = *caller.callees[step.next++];
                 const auto found = indexes_.find(&callee);
                 if (found == indexes_.end()) {
                     Open(callee);
                 } else if (found->second.isOpen) {
-                    Lower(*step.pou, found->second.number);
+                    Lower(caller, found->second.number);
                 }
-                if (&callee == step.pou) recursive_.insert(&callee);
+                if (&callee == &caller) recursive_.insert(&callee);
                 continue;
             }
             const Pou& done = *step.pou;
