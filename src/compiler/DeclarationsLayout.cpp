@@ -167,11 +167,13 @@ void Declarations::State::PlaceConstant(Variable& variable) {
         Report(DiagnosticCode::MemoryTooLarge, variable.declared, {std::to_string(kMaxTypeSize)});
         return;
     }
-    if (variable.declaration->initial == nullptr && variable.declaration->blockInit.empty()) {
-        Report(DiagnosticCode::ConstantWithoutValue, variable.declared, {Spelling(variable.name)});
-    }
     std::vector<unsigned char> bytes(variable.type->size);
     WriteInitialBytes(variable.type, variable.initial, bytes);
+    // A structure whose members have values of their own is a common way to name constants.
+    const bool isEmpty = std::ranges::all_of(bytes, [](unsigned char byte) { return byte == 0; });
+    if (isEmpty && variable.declaration->initial == nullptr && variable.declaration->blockInit.empty()) {
+        Report(DiagnosticCode::ConstantWithoutValue, variable.declared, {Spelling(variable.name)});
+    }
     variable.storage = {.kind = StorageKind::Constant, .offset = AddConstant(bytes)};
 }
 
