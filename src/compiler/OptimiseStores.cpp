@@ -1,4 +1,5 @@
 // Assignments that nothing reads.
+#include <algorithm>
 #include <unordered_set>
 
 #include "compiler/Optimise.h"
@@ -69,6 +70,11 @@ class StoreDropper final : public TreeWalker {
 }  // namespace
 
 void DropDeadStores(Project& project) {
+    // The checker has seen every use in the sources; usually there is nothing to look for.
+    const bool isNeeded = std::ranges::any_of(project.variables, [](const Variable& variable) {
+        return variable.isWritten && !variable.isRead && IsOfCall(variable);
+    });
+    if (!isNeeded) return;
     ReadFinder reads;
     WalkBodies(project, reads);
     StoreDropper dropper(project, reads);
