@@ -1,8 +1,9 @@
 // What generated code does, and where faults are: every source runs without passes, with all, and with each alone.
+#include "compiler/Generator.h"
+
 #include <gmock/gmock.h>
 
 #include "compiler/CheckerTesting.h"
-#include "compiler/Generator.h"
 #include "compiler/GeneratorTesting.h"
 #include "compiler/TreeInvariant.h"
 

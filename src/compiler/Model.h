@@ -177,7 +177,11 @@ struct Standalone {
 /// The whole project between parsing and code generation.
 struct Project {
     Project(const SourceManager& sourceManager, const CompileOptions& compileOptions, Diagnostics& log)
-        : sources(sourceManager), options(compileOptions), diagnostics(log), types(names, compileOptions.switches.dataPointers), globalScope(nullptr) {}
+        : sources(sourceManager),
+          options(compileOptions),
+          diagnostics(log),
+          types(names, compileOptions.switches.dataPointers),
+          globalScope(nullptr) {}
 
     const SourceManager& sources;
     const CompileOptions& options;

@@ -34,8 +34,8 @@ void WalkBodies(Project& project, Walker& walker) {
     }
 }
 
-/// Whether a call may change a variable that its caller does not hand to it: not one of the caller's own call, nor one of
-/// a program when no part of a program is called. For variables whose address nothing takes.
+/// Whether a call may change a variable that its caller does not hand to it: not one of the caller's own call, nor one
+/// of a program when no part of a program is called. For variables whose address nothing takes.
 [[nodiscard]] bool MayChange(const Variable& variable, const CallBlockStmt& call) noexcept;
 [[nodiscard]] bool MayChange(const Variable& variable, const CallFunctionExpr& call) noexcept;
 /// Whether writing to other places by their names leaves a variable alone.

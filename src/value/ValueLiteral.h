@@ -94,8 +94,8 @@ class TN61131_API CValueLiteral : public CValueType {
     bool StringToDateAndTime(CErrorLog& log, const ErrorLocation& location, const char* text);
     bool StringToPointer(CErrorLog& log, const ErrorLocation& location, const char* text);
     bool StringToType(CErrorLog& log, const ErrorLocation& location, const char* text);
-    /// The value of a literal token of structured text; a number takes the wanted type. A token that is no literal gives
-    /// message 252 and leaves the value as it is. Messages have the token's location.
+    /// The value of a literal token of structured text; a number takes the wanted type. A token that is no literal
+    /// gives message 252 and leaves the value as it is. Messages have the token's location.
     bool InitialiseFromToken(CErrorLog& log, const CLogicToken& token, ElementaryType wanted);
     /// LREAL from a number, BOOL from a boolean, WSTRING from a string; from anything else a WSTRING with its JSON
     /// text.

@@ -188,9 +188,11 @@ Value Evaluator::EvaluateWildcard(const Value& input) {
         AppendFlattened(value, *found, 0);
     };
     if (input.IsArray()) {
-        for (std::size_t i = 0; i < input.GetSize(); ++i) add(input.GetElement(i));
+        for (std::size_t i = 0; i < input.GetSize(); ++i)
+            add(input.GetElement(i));
     } else if (input.IsObject()) {
-        for (std::size_t i = 0; i < input.GetMemberCount(); ++i) add(input.GetMemberValue(i));
+        for (std::size_t i = 0; i < input.GetMemberCount(); ++i)
+            add(input.GetMemberValue(i));
     }
     return Value(std::move(found));
 }
