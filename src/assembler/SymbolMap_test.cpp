@@ -431,7 +431,7 @@ TEST(SymbolMapProject, MistakesAreRefusedWithTheirPlace) {
         {R"("retained":[{"name":"v","offset":4294967295,"size":1,"kind":"retain"}])",
          "retained[0]: the range leaves the memory"},
         {R"("retained":[{"name":"v","offset":0,"size":2,"kind":"kept"}])", "retained[0]: unknown kind 'kept'"},
-        {R"("tags":[{"address":"a","tag":1,"offset":0,"type":"BOOLE"}])", "tags[0]: unknown type 'BOOLE'"},
+        {R"("tags":[{"address":"a","tag":1,"offset":0,"type":"BOOLE"}])", "tags[0]: 'BOOLE': unknown type 'BOOLE'"},
     };
     for (const Row& row : rows) {
         SCOPED_TRACE(row.members);
