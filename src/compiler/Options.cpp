@@ -121,7 +121,7 @@ constexpr SwitchRow kSwitches[] = {
          return SetFlag<&Switches::stringFail>(options, value, "fail", "zero");
      }},
     {{"string-pointers", "object|data", "object", "data",
-      "where a pointer to a STRING leads: to its first character or to its length"},
+      "where a pointer to a STRING leads: to its length or to its first character"},
      [](CompileOptions& options, std::string_view value) {
          return SetFlag<&Switches::dataPointers>(options, value, "data", "object");
      }},
