@@ -20,21 +20,6 @@ std::string BlockText(const CMemoryBlock& block) {
     return HexText(block.GetVMData(), block.GetDataSize());
 }
 
-/// Log entries and errors of the tool alike.
-template <typename Errors>
-void WriteErrors(JsonWriter& json, const Errors& errors) {
-    json.Key("errors");
-    json.BeginArray();
-    for (const auto& error : errors) {
-        json.BeginObject();
-        json.Member("id", std::uint64_t{error.id});
-        json.Member("location", error.location);
-        json.Member("text", error.text);
-        json.EndObject();
-    }
-    json.EndArray();
-}
-
 }  // namespace
 
 void JsonReport::Refused(const std::string& image, const std::vector<ImageError>& errors) {

@@ -53,4 +53,19 @@ class JsonWriter {
     bool commaDue_ = false;
 };
 
+/// Writes the member "errors": log entries and errors of the tool alike, each with id, location and text.
+template <typename Errors>
+void WriteErrors(JsonWriter& json, const Errors& errors) {
+    json.Key("errors");
+    json.BeginArray();
+    for (const auto& error : errors) {
+        json.BeginObject();
+        json.Member("id", std::uint64_t{error.id});
+        json.Member("location", error.location);
+        json.Member("text", error.text);
+        json.EndObject();
+    }
+    json.EndArray();
+}
+
 }  // namespace tn61131

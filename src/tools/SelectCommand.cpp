@@ -71,19 +71,6 @@ Selection Select(const TextPayload& document, const std::string& text) {
     return selection;
 }
 
-void WriteErrors(JsonWriter& json, const std::vector<ImageError>& errors) {
-    json.Key("errors");
-    json.BeginArray();
-    for (const ImageError& error : errors) {
-        json.BeginObject();
-        json.Member("id", std::uint64_t{error.id});
-        json.Member("location", error.location);
-        json.Member("text", error.text);
-        json.EndObject();
-    }
-    json.EndArray();
-}
-
 void WriteJson(std::ostream& output, const Selection& selection) {
     JsonWriter json(output);
     json.BeginObject();
